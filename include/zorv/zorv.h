@@ -1,0 +1,264 @@
+/* zorv: combinatorial optimisation over polynomials with exact coefficients. The C interface. */
+#ifndef ZORV_ZORV_H
+#define ZORV_ZORV_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "zorv/wire.h"
+
+#define ZORV_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct zorv_term zorv_term;
+typedef struct zorv_expr zorv_expr;
+typedef struct zorv_model zorv_model;
+typedef struct zorv_sol zorv_sol;
+typedef struct zorv_result zorv_result;
+typedef struct zorv_easy_wrapper zorv_easy_wrapper;
+typedef struct coeff_t coeff_t;
+
+/* ---- Variables --------------------------------------------------------------------------------- */
+
+ZORV_API uint32_t zorv_new_var(const char* name);
+ZORV_API uint32_t zorv_new_var_array(const char* name, const uint64_t* dims, size_t ndims);
+ZORV_API uint64_t zorv_var_count(void);
+ZORV_API uint64_t zorv_int_var_count(void);
+ZORV_API uint64_t zorv_used_var_count(void);
+ZORV_API const char* zorv_var_str(uint32_t literal);
+ZORV_API const char* zorv_auto_var_name(void);
+ZORV_API void zorv_var_reset(void);
+
+/* ---- Terms ------------------------------------------------------------------------------------- */
+
+ZORV_API zorv_term* zorv_term_create(const CoeffWire* c);
+ZORV_API zorv_term* zorv_term_create_var(const CoeffWire* c, uint32_t v);
+ZORV_API zorv_term* zorv_term_create_var_var(const CoeffWire* c, uint32_t a, uint32_t b);
+ZORV_API zorv_term* zorv_term_create_vararray(const CoeffWire* c, uint64_t head_pair, const uint32_t* overflow);
+ZORV_API zorv_term* zorv_term_clone(const zorv_term* t);
+ZORV_API void zorv_term_destroy(zorv_term* t);
+ZORV_API void zorv_term_coeff(const zorv_term* t, CoeffWire* out);
+ZORV_API uint32_t zorv_term_degree(const zorv_term* t);
+ZORV_API uint32_t zorv_term_var_at(const zorv_term* t, uint32_t i);
+ZORV_API void zorv_term_mul_var(zorv_term* t, uint32_t v);
+ZORV_API void zorv_term_mul_coeff(zorv_term* t, const CoeffWire* c);
+ZORV_API void zorv_term_div_coeff(zorv_term* t, const CoeffWire* c);
+ZORV_API void zorv_term_negate(zorv_term* t);
+ZORV_API zorv_term* zorv_term_mul_term(const zorv_term* a, const zorv_term* b);
+ZORV_API zorv_term* zorv_term_mul_term_move(zorv_term* a, const zorv_term* b);
+ZORV_API const char* zorv_term_str(const zorv_term* t);
+
+/* ---- Expressions ------------------------------------------------------------------------------- */
+
+ZORV_API zorv_expr* zorv_expr_create(void);
+ZORV_API zorv_expr* zorv_expr_create_int(const CoeffWire* c);
+ZORV_API zorv_expr* zorv_expr_create_var(uint32_t v);
+ZORV_API zorv_expr* zorv_expr_create_term(zorv_term* t, int steal);
+ZORV_API zorv_expr* zorv_expr_clone(const zorv_expr* e);
+ZORV_API void zorv_expr_destroy(zorv_expr* e);
+ZORV_API void zorv_expr_constant(const zorv_expr* e, CoeffWire* out);
+ZORV_API uint32_t zorv_expr_attr(const zorv_expr* e);
+ZORV_API uint64_t zorv_expr_term_count(const zorv_expr* e);
+ZORV_API const zorv_term* zorv_expr_term_at(const zorv_expr* e, uint64_t i);
+ZORV_API void zorv_expr_term_at_data(const zorv_expr* e, uint64_t i, CoeffWire* out, uint64_t* head_pair, uint64_t* overflow);
+ZORV_API uint64_t zorv_expr_term_count_degree(const zorv_expr* e, int d);
+ZORV_API uint32_t zorv_expr_max_degree(const zorv_expr* e);
+ZORV_API int zorv_expr_has(const zorv_expr* e, uint32_t v);
+ZORV_API int zorv_expr_has_int_atom(const zorv_expr* e);
+ZORV_API zorv_expr* zorv_expr_create_raw_term(const CoeffWire* c, const uint32_t* vars, uint32_t n, const CoeffWire* k);
+ZORV_API zorv_expr* zorv_expr_create_move_term(const CoeffWire* c, uint64_t head_pair, uint64_t overflow, const CoeffWire* k);
+ZORV_API zorv_expr* zorv_expr_create_add_raw_terms(const CoeffWire* c1, const uint32_t* vars1, uint32_t n1, const CoeffWire* c2, const uint32_t* vars2, uint32_t n2);
+ZORV_API zorv_expr* zorv_expr_create_add_var_var(uint32_t a, uint32_t b);
+ZORV_API zorv_expr* zorv_expr_create_add_var_int(uint32_t v, const CoeffWire* k);
+ZORV_API zorv_expr* zorv_expr_create_sub_int_var(const CoeffWire* k, uint32_t v);
+ZORV_API zorv_expr* zorv_expr_create_add_term_var(const zorv_term* t, uint32_t v);
+ZORV_API zorv_expr* zorv_expr_create_add_term_int(const zorv_term* t, const CoeffWire* k);
+ZORV_API zorv_expr* zorv_expr_create_sub_int_term(const CoeffWire* k, const zorv_term* t);
+ZORV_API zorv_expr* zorv_expr_create_add_term_term(const zorv_term* a, const zorv_term* b);
+ZORV_API zorv_expr* zorv_expr_create_add_term_term_ml(zorv_term* a, const zorv_term* b);
+ZORV_API zorv_expr* zorv_expr_create_add_term_term_mm(zorv_term* a, zorv_term* b);
+ZORV_API zorv_expr* zorv_expr_create_sub_term_term(const zorv_term* a, const zorv_term* b);
+ZORV_API zorv_expr* zorv_expr_create_from_bulk(const CoeffWire* k, uint64_t n, const CoeffWire* coeffs, const uint32_t* degs, const uint32_t* vars);
+ZORV_API void zorv_expr_iadd_int(zorv_expr* e, const CoeffWire* c);
+ZORV_API void zorv_expr_isub_int(zorv_expr* e, const CoeffWire* c);
+ZORV_API void zorv_expr_iadd_var(zorv_expr* e, uint32_t v);
+ZORV_API void zorv_expr_isub_var(zorv_expr* e, uint32_t v);
+ZORV_API void zorv_expr_iadd_term(zorv_expr* e, const zorv_term* t);
+ZORV_API void zorv_expr_iadd_term_move(zorv_expr* e, zorv_term* t);
+ZORV_API void zorv_expr_isub_term(zorv_expr* e, const zorv_term* t);
+ZORV_API void zorv_expr_iadd_raw_term(zorv_expr* e, const CoeffWire* c, const uint32_t* vars, uint32_t n);
+ZORV_API void zorv_expr_isub_raw_term(zorv_expr* e, const CoeffWire* c, const uint32_t* vars, uint32_t n);
+ZORV_API void zorv_expr_iadd_move_term(zorv_expr* e, const CoeffWire* c, uint64_t head_pair, uint64_t overflow);
+ZORV_API void zorv_expr_isub_move_term(zorv_expr* e, const CoeffWire* c, uint64_t head_pair, uint64_t overflow);
+ZORV_API void zorv_expr_iadd_terms_bulk(zorv_expr* e, const CoeffWire* k, uint64_t n, const CoeffWire* coeffs, const uint32_t* degs, const uint32_t* vars);
+ZORV_API void zorv_expr_iadd_expr(zorv_expr* a, const zorv_expr* b);
+ZORV_API void zorv_expr_isub_expr(zorv_expr* a, const zorv_expr* b);
+ZORV_API zorv_expr* zorv_expr_clone_add_int(const zorv_expr* e, const CoeffWire* c);
+ZORV_API zorv_expr* zorv_expr_clone_sub_int(const zorv_expr* e, const CoeffWire* c);
+ZORV_API zorv_expr* zorv_expr_clone_add_var(const zorv_expr* e, uint32_t v);
+ZORV_API zorv_expr* zorv_expr_clone_sub_var(const zorv_expr* e, uint32_t v);
+ZORV_API zorv_expr* zorv_expr_clone_add_term(const zorv_expr* e, const zorv_term* t);
+ZORV_API zorv_expr* zorv_expr_clone_sub_term(const zorv_expr* e, const zorv_term* t);
+ZORV_API zorv_expr* zorv_expr_clone_add_expr(const zorv_expr* a, const zorv_expr* b);
+ZORV_API zorv_expr* zorv_expr_clone_sub_expr(const zorv_expr* a, const zorv_expr* b);
+ZORV_API void zorv_expr_imul_int(zorv_expr* e, const CoeffWire* c);
+ZORV_API zorv_expr* zorv_expr_clone_mul_int(const zorv_expr* e, const CoeffWire* c);
+ZORV_API void zorv_expr_imul_var(zorv_expr* e, uint32_t v);
+ZORV_API void zorv_expr_imul_term_direct(zorv_expr* e, const CoeffWire* c, uint64_t head_pair, const uint32_t* overflow);
+ZORV_API void zorv_expr_imul_expr(zorv_expr* a, const zorv_expr* b);
+ZORV_API zorv_expr* zorv_expr_mul_expr(const zorv_expr* a, const zorv_expr* b);
+ZORV_API zorv_expr* zorv_expr_sqr(const zorv_expr* e);
+ZORV_API void zorv_expr_idiv_int(zorv_expr* e, const CoeffWire* c);
+ZORV_API void zorv_expr_negate(zorv_expr* e);
+ZORV_API zorv_expr* zorv_expr_simplify(const zorv_expr* e);
+ZORV_API zorv_expr* zorv_expr_simplify_as_binary(const zorv_expr* e);
+ZORV_API const char* zorv_expr_str(const zorv_expr* e);
+ZORV_API const char* zorv_expr_solver_type(const zorv_expr* e);
+
+/* ---- Native integer variables ------------------------------------------------------------------ */
+
+ZORV_API uint32_t zorv_new_int_var(const char* name, const CoeffWire* lo, const CoeffWire* hi);
+ZORV_API uint32_t zorv_new_int_var_array(const char* name, const uint64_t* shape, size_t ndim, const CoeffWire* lo, const CoeffWire* hi);
+ZORV_API void zorv_int_var_bounds(uint32_t literal, CoeffWire* lo, CoeffWire* hi);
+
+/* ---- VarInt values ----------------------------------------------------------------------------- */
+
+ZORV_API zorv_expr* zorv_varintelem_create(const char* name, const CoeffWire* lo, const CoeffWire* hi);
+ZORV_API zorv_expr* zorv_varintelem_create_with_vars(const char* name, const CoeffWire* lo, const CoeffWire* hi, const CoeffWire* coeffs, const uint32_t* vars, uint64_t n);
+ZORV_API zorv_expr* zorv_varintelem_clone(const zorv_expr* e);
+ZORV_API void zorv_varintelem_destroy(zorv_expr* e);
+ZORV_API void zorv_varintelem_min(const zorv_expr* e, CoeffWire* out);
+ZORV_API void zorv_varintelem_max(const zorv_expr* e, CoeffWire* out);
+ZORV_API uint64_t zorv_varintelem_var_count(const zorv_expr* e);
+ZORV_API uint32_t zorv_varintelem_var(const zorv_expr* e, uint64_t i);
+ZORV_API void zorv_varintelem_coeff(const zorv_expr* e, uint64_t i, CoeffWire* out);
+ZORV_API uint64_t zorv_varintelem_decompose(const zorv_expr* e, const CoeffWire* value, uint32_t* out_vars, CoeffWire* out_bits);
+ZORV_API void zorv_varintelem_replace_expr(zorv_expr* element, const zorv_expr* e);
+
+/* ---- Constraints ------------------------------------------------------------------------------- */
+
+ZORV_API zorv_expr* zorv_cons_mark(const zorv_expr* e);
+ZORV_API zorv_expr* zorv_cons_between(const zorv_expr* e, const CoeffWire* lo, const CoeffWire* hi);
+ZORV_API zorv_expr* zorv_cons_equal(const zorv_expr* e, const CoeffWire* lows, const CoeffWire* highs, uint64_t n);
+ZORV_API zorv_expr* zorv_exprexprelem_create(const zorv_expr* penalty, const zorv_expr* body);
+ZORV_API zorv_expr* zorv_exprexprelem_clone(const zorv_expr* e);
+ZORV_API void zorv_exprexprelem_destroy(zorv_expr* e);
+ZORV_API void zorv_exprexpr_set_bounds(const zorv_expr* e, const CoeffWire* lo, const CoeffWire* hi);
+ZORV_API int zorv_exprexpr_get_bounds(const zorv_expr* e, CoeffWire* lo, CoeffWire* hi);
+ZORV_API void zorv_exprexpr_set_allowed(const zorv_expr* e, const CoeffWire* lows, const CoeffWire* highs, uint64_t n);
+ZORV_API int zorv_expr_is_declared(const zorv_expr* e);
+ZORV_API int zorv_expr_has_body(const zorv_expr* e);
+ZORV_API int zorv_expr_all_objective_only(const zorv_expr* e);
+ZORV_API zorv_expr* zorv_abs_term(const zorv_expr* f, uint32_t k);
+ZORV_API zorv_expr* zorv_relu_term(const zorv_expr* f, uint32_t k);
+ZORV_API uint64_t zorv_cons_item_count(const zorv_expr* e);
+ZORV_API int zorv_cons_item_info(const zorv_expr* e, uint64_t i, zorv_expr** body, CoeffWire* weight, CoeffWire* lo, CoeffWire* hi);
+ZORV_API int zorv_cons_item_eval(const zorv_expr* e, uint64_t i, const zorv_sol* sol, CoeffWire* value, CoeffWire* lo, CoeffWire* hi, CoeffWire* violation, CoeffWire* weight);
+ZORV_API int zorv_cons_item_shape(const zorv_expr* e, uint64_t i, uint32_t* k, uint32_t* kind);
+ZORV_API uint64_t zorv_cons_item_allowed(const zorv_expr* e, uint64_t i, CoeffWire* lows, CoeffWire* highs, uint64_t capacity);
+ZORV_API uint64_t zorv_cons_violation_count(const zorv_expr* e, const zorv_sol* sol);
+ZORV_API const zorv_expr* zorv_exprexprelem_get_body(const zorv_expr* e);
+
+/* ---- Models ------------------------------------------------------------------------------------ */
+
+ZORV_API zorv_model* zorv_model_create(const zorv_expr* e);
+ZORV_API zorv_model* zorv_model_create_scaled(const zorv_expr* e, double scale);
+ZORV_API zorv_model* zorv_model_clone(const zorv_model* m);
+ZORV_API void zorv_model_destroy(zorv_model* m);
+ZORV_API uint64_t zorv_model_var_count(const zorv_model* m);
+ZORV_API uint32_t zorv_model_var(const zorv_model* m, uint64_t i);
+ZORV_API int zorv_model_has(const zorv_model* m, uint32_t lit);
+ZORV_API uint32_t zorv_model_var_index(const zorv_model* m, uint32_t lit);
+ZORV_API uint32_t zorv_model_max_degree(const zorv_model* m);
+ZORV_API uint64_t zorv_model_term_count(const zorv_model* m, uint32_t d);
+ZORV_API const uint32_t* zorv_model_term_vars(const zorv_model* m, uint32_t d);
+ZORV_API const coeff_t* zorv_model_coeff_array(const zorv_model* m, uint32_t d);
+ZORV_API void zorv_model_coeff_at(const zorv_model* m, uint32_t d, uint64_t t, CoeffWire* out);
+ZORV_API void zorv_model_constant(const zorv_model* m, CoeffWire* out);
+ZORV_API double zorv_model_scale(const zorv_model* m);
+ZORV_API int zorv_model_has_negated_literals(const zorv_model* m);
+ZORV_API uint64_t zorv_model_int_var_count(const zorv_model* m);
+ZORV_API uint32_t zorv_model_int_var_orig(const zorv_model* m, uint64_t i);
+ZORV_API void zorv_model_int_var_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo, CoeffWire* hi);
+ZORV_API uint64_t zorv_model_native_cons_count(const zorv_model* m);
+ZORV_API uint64_t zorv_model_native_cons_nterms(const zorv_model* m, uint64_t i);
+ZORV_API const uint32_t* zorv_model_native_cons_vars(const zorv_model* m, uint64_t i);
+ZORV_API const coeff_t* zorv_model_native_cons_coeffs(const zorv_model* m, uint64_t i);
+ZORV_API void zorv_model_native_cons_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo, CoeffWire* hi, CoeffWire* constant, CoeffWire* weight);
+ZORV_API void zorv_model_native_cons_shape(const zorv_model* m, uint64_t i, uint32_t* k, uint32_t* kind);
+ZORV_API int zorv_model_has_penalty_shapes(const zorv_model* m);
+ZORV_API int zorv_model_has_remainder(const zorv_model* m);
+ZORV_API const uint64_t* zorv_model_remainder_head(const zorv_model* m);
+ZORV_API const uint32_t* zorv_model_remainder_vars(const zorv_model* m);
+ZORV_API const coeff_t* zorv_model_remainder_coeffs(const zorv_model* m);
+ZORV_API void zorv_model_remainder_info(const zorv_model* m, CoeffWire* constant, uint64_t* nterms);
+ZORV_API void zorv_model_eval(const zorv_model* m, const uint64_t* bits, CoeffWire* out);
+
+/* ---- Solutions --------------------------------------------------------------------------------- */
+
+ZORV_API zorv_sol* zorv_sol_create(const zorv_model* m);
+ZORV_API zorv_sol* zorv_sol_create_from_expr(const zorv_expr* e);
+ZORV_API zorv_sol* zorv_sol_clone(const zorv_sol* sol);
+ZORV_API void zorv_sol_destroy(zorv_sol* sol);
+ZORV_API const zorv_model* zorv_sol_model(const zorv_sol* sol);
+ZORV_API uint64_t zorv_sol_var_count(const zorv_sol* sol);
+ZORV_API int zorv_sol_has(const zorv_sol* sol, uint32_t lit);
+ZORV_API uint32_t zorv_sol_model_var(const zorv_sol* sol, uint64_t i);
+ZORV_API int zorv_sol_get(const zorv_sol* sol, uint32_t lit);
+ZORV_API void zorv_sol_set(zorv_sol* sol, uint32_t lit, int value);
+ZORV_API void zorv_sol_flip(zorv_sol* sol, uint32_t lit);
+ZORV_API void zorv_sol_get_int(const zorv_sol* sol, uint32_t atom, CoeffWire* out);
+ZORV_API void zorv_sol_set_int(zorv_sol* sol, uint32_t atom, const CoeffWire* value);
+ZORV_API const coeff_t* zorv_sol_int_vals(const zorv_sol* sol);
+ZORV_API uint64_t zorv_sol_int_count(const zorv_sol* sol);
+ZORV_API const uint64_t* zorv_sol_bits(const zorv_sol* sol);
+ZORV_API void zorv_sol_steal_bits(zorv_sol* sol, WordVec* vec);
+ZORV_API void zorv_sol_energy(const zorv_sol* sol, CoeffWire* out);
+ZORV_API void zorv_sol_energy_int(const zorv_sol* sol, CoeffWire* out);
+ZORV_API int zorv_sol_energy_valid(const zorv_sol* sol);
+ZORV_API void zorv_sol_compute_energy(zorv_sol* sol, CoeffWire* out);
+ZORV_API void zorv_sol_set_energy(zorv_sol* sol, const CoeffWire* value);
+ZORV_API double zorv_sol_tts(const zorv_sol* sol);
+ZORV_API void zorv_sol_set_tts(zorv_sol* sol, double seconds);
+ZORV_API double zorv_sol_scale(const zorv_sol* sol);
+ZORV_API void zorv_sol_set_from_sol(zorv_sol* dst, const zorv_sol* src);
+ZORV_API const char* zorv_sol_str(const zorv_sol* sol);
+ZORV_API void zorv_sol_eval_expr(const zorv_sol* sol, const zorv_expr* e, CoeffWire* out);
+
+/* ---- EasySolver -------------------------------------------------------------------------------- */
+
+ZORV_API zorv_easy_wrapper* zorv_easy_solver_wrapper_create(const zorv_model* m);
+ZORV_API void zorv_easy_solver_wrapper_destroy(zorv_easy_wrapper* w);
+ZORV_API zorv_result* zorv_easy_solver_wrapper_search(zorv_easy_wrapper* w, const ParamPair* params, const uint64_t* hint);
+ZORV_API zorv_result* zorv_easy_solver_wrapper_search_int(zorv_easy_wrapper* w, const ParamPair* params, const uint64_t* hint_bits, const coeff_t* hint_ints, uint64_t hint_int_count);
+
+/* ---- Search results ---------------------------------------------------------------------------- */
+
+ZORV_API void zorv_easy_solver_result_energy(const zorv_result* r, CoeffWire* out);
+ZORV_API double zorv_easy_solver_result_tts(const zorv_result* r);
+ZORV_API const uint64_t* zorv_easy_solver_result_bits(const zorv_result* r);
+ZORV_API uint64_t zorv_easy_solver_result_topk_count(const zorv_result* r);
+ZORV_API void zorv_easy_solver_result_topk_energy(const zorv_result* r, uint64_t i, CoeffWire* out);
+ZORV_API double zorv_easy_solver_result_topk_tts(const zorv_result* r, uint64_t i);
+ZORV_API const uint64_t* zorv_easy_solver_result_topk_bits(const zorv_result* r, uint64_t i);
+ZORV_API void zorv_easy_solver_result_steal_bits(zorv_result* r, WordVec* vec);
+ZORV_API void zorv_easy_solver_result_steal_topk_bits(zorv_result* r, uint64_t i, WordVec* vec);
+ZORV_API uint64_t zorv_easy_solver_result_info_count(const zorv_result* r);
+ZORV_API const char* zorv_easy_solver_result_info_key(const zorv_result* r, uint64_t i);
+ZORV_API const char* zorv_easy_solver_result_info_value(const zorv_result* r, uint64_t i);
+ZORV_API zorv_sol* zorv_easy_solver_result_to_sol(zorv_result* r, const zorv_model* m);
+ZORV_API zorv_sol* zorv_easy_solver_result_topk_to_sol(zorv_result* r, uint64_t i, const zorv_model* m);
+ZORV_API void zorv_easy_solver_result_destroy(zorv_result* r);
+
+/* ---- Constants of the library ------------------------------------------------------------------ */
+
+ZORV_API const char* zorv_const_str(const char* key);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* ZORV_ZORV_H */

@@ -1,0 +1,58 @@
+// The only place that turns a handle into a record and back.
+//
+// Exports are defined inside namespace zorv with C linkage; the types of the C header that have a
+// namesake there are written with a leading "::".
+#pragma once
+
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+#include "core/coeff_wire.h"
+#include "core/expr.h"
+#include "core/term.h"
+#include "model/model.h"
+#include "model/sol.h"
+#include "zorv/zorv.h"
+
+namespace zorv {
+
+inline TermImpl& unwrap(zorv_term* t) { return *reinterpret_cast<TermImpl*>(t); }
+inline const TermImpl& unwrap(const zorv_term* t) { return *reinterpret_cast<const TermImpl*>(t); }
+inline ExprImpl& unwrap(zorv_expr* e) { return *reinterpret_cast<ExprImpl*>(e); }
+inline const ExprImpl& unwrap(const zorv_expr* e) { return *reinterpret_cast<const ExprImpl*>(e); }
+inline Sol& unwrap(zorv_sol* s) { return *reinterpret_cast<Sol*>(s); }
+inline const Sol& unwrap(const zorv_sol* s) { return *reinterpret_cast<const Sol*>(s); }
+// Also reached with a Sol, which begins with the handle.
+inline const ModelHandle& unwrap(const zorv_model* m) {
+  return *reinterpret_cast<const ModelHandle*>(m);
+}
+inline const coeff_t* unwrap(const ::coeff_t* c) { return reinterpret_cast<const coeff_t*>(c); }
+
+static_assert(std::is_standard_layout_v<Sol> && offsetof(Sol, model) == 0);
+
+inline zorv_term* wrap(TermImpl t) {
+  return reinterpret_cast<zorv_term*>(new TermImpl(std::move(t)));
+}
+inline zorv_expr* wrap(ExprImpl e) {
+  return reinterpret_cast<zorv_expr*>(new ExprImpl(std::move(e)));
+}
+inline zorv_sol* wrap(Sol s) { return reinterpret_cast<zorv_sol*>(new Sol(std::move(s))); }
+inline zorv_model* wrap(ModelHandle m) {
+  return reinterpret_cast<zorv_model*>(new ModelHandle(std::move(m)));
+}
+
+inline const zorv_term* borrow(const TermImpl& t) {
+  return reinterpret_cast<const zorv_term*>(&t);
+}
+inline const zorv_expr* borrow(const ExprImpl& e) {
+  return reinterpret_cast<const zorv_expr*>(&e);
+}
+inline const ::coeff_t* borrow(const coeff_t* c) { return reinterpret_cast<const ::coeff_t*>(c); }
+
+inline void destroy(zorv_term* t) { delete reinterpret_cast<TermImpl*>(t); }
+inline void destroy(zorv_expr* e) { delete reinterpret_cast<ExprImpl*>(e); }
+inline void destroy(zorv_sol* s) { delete reinterpret_cast<Sol*>(s); }
+inline void destroy(zorv_model* m) { delete reinterpret_cast<ModelHandle*>(m); }
+
+}  // namespace zorv
