@@ -120,46 +120,163 @@ ZORV_API const char* zorv_expr_solver_type(const zorv_expr* e);
 
 /* ---- Native integer variables ------------------------------------------------------------------ */
 
+/* A native integer variable is one literal, an atom, which stands in terms as a binary variable
+ * does, is never negated and obeys no x*x = x. Models keep it whole. */
+
+/* Makes one atom with lo <= value <= hi and returns its literal. A null or empty name draws a
+ * generated one. Aborts unless lo < hi, and when the index space is full (2^30 - 1 atoms). */
 ZORV_API uint32_t zorv_new_int_var(const char* name, const CoeffWire* lo, const CoeffWire* hi);
-ZORV_API uint32_t zorv_new_int_var_array(const char* name, const uint64_t* shape, size_t ndim, const CoeffWire* lo, const CoeffWire* hi);
+
+/* Makes a block of atoms with common bounds and returns the literal of the first; the others follow
+ * consecutively, in row-major order, and are named "name[i][j]". The same aborts.
+ *   shape  [ndim] extents; none makes one atom with the bare name, an extent of 0 makes none */
+ZORV_API uint32_t zorv_new_int_var_array(const char* name, const uint64_t* shape, size_t ndim,
+                                         const CoeffWire* lo, const CoeffWire* hi);
+
+/* Writes the bounds of an atom. Aborts if the literal names none. */
 ZORV_API void zorv_int_var_bounds(uint32_t literal, CoeffWire* lo, CoeffWire* hi);
 
 /* ---- VarInt values ----------------------------------------------------------------------------- */
 
-ZORV_API zorv_expr* zorv_varintelem_create(const char* name, const CoeffWire* lo, const CoeffWire* hi);
-ZORV_API zorv_expr* zorv_varintelem_create_with_vars(const char* name, const CoeffWire* lo, const CoeffWire* hi, const CoeffWire* coeffs, const uint32_t* vars, uint64_t n);
+/* A VarInt is an expression from the start, lo plus a sum of coefficients times fresh binary
+ * variables, and a record of how it was made, to which its tag refers. Copies and simplifications
+ * keep the tag; other arithmetic drops it, and the accessors below then abort, as they do for any
+ * expression that is no VarInt. Records outlive zorv_var_reset, the variables in them do not. */
+
+/* Makes a VarInt with the coefficients 1, 2, 4, ... and the rest of hi - lo, so that its values are
+ * exactly lo .. hi. A single variable bears the name itself, several are "name[0]", "name[1]", ...
+ * hi at or below lo makes the constant lo without variables. A null or empty name draws a generated
+ * one. */
+ZORV_API zorv_expr* zorv_varintelem_create(const char* name, const CoeffWire* lo,
+                                           const CoeffWire* hi);
+
+/* The same with coefficients and variables of one's own; nothing tests that they fit the range.
+ *   coeffs, vars  [n] parallel, both copied */
+ZORV_API zorv_expr* zorv_varintelem_create_with_vars(const char* name, const CoeffWire* lo,
+                                                     const CoeffWire* hi, const CoeffWire* coeffs,
+                                                     const uint32_t* vars, uint64_t n);
+
+/* zorv_expr_clone and zorv_expr_destroy under other names. */
 ZORV_API zorv_expr* zorv_varintelem_clone(const zorv_expr* e);
 ZORV_API void zorv_varintelem_destroy(zorv_expr* e);
+
+/* The record: the bounds as they were given, and the coefficients and literals by position,
+ * i < zorv_varintelem_var_count, which is not checked. */
 ZORV_API void zorv_varintelem_min(const zorv_expr* e, CoeffWire* out);
 ZORV_API void zorv_varintelem_max(const zorv_expr* e, CoeffWire* out);
 ZORV_API uint64_t zorv_varintelem_var_count(const zorv_expr* e);
 ZORV_API uint32_t zorv_varintelem_var(const zorv_expr* e, uint64_t i);
 ZORV_API void zorv_varintelem_coeff(const zorv_expr* e, uint64_t i, CoeffWire* out);
-ZORV_API uint64_t zorv_varintelem_decompose(const zorv_expr* e, const CoeffWire* value, uint32_t* out_vars, CoeffWire* out_bits);
+
+/* Writes the literals and the bits that make up `value`, found greedily from the last position, and
+ * returns their number. Of a value out of range the part that no bit covers is dropped.
+ *   out_vars, out_bits  [zorv_varintelem_var_count], bits as 0 or 1 */
+ZORV_API uint64_t zorv_varintelem_decompose(const zorv_expr* e, const CoeffWire* value,
+                                            uint32_t* out_vars, CoeffWire* out_bits);
+
+/* Gives `element` the polynomial of `e`, which stays as it is; `element` keeps its tag. */
 ZORV_API void zorv_varintelem_replace_expr(zorv_expr* element, const zorv_expr* e);
 
 /* ---- Constraints ------------------------------------------------------------------------------- */
 
+/* An expression has a polynomial and may carry constraints, to which its tag refers.
+ *
+ * A declared constraint is kept as data: a body, what its value has to lie in, and a weight. It
+ * adds no term; the polynomial beside it is the objective. A classic constraint is a polynomial
+ * that is 0 exactly if the constraint holds, the penalty, with a record of the body behind it. The
+ * two do not mix in one expression: such a sum aborts.
+ *
+ * Arithmetic carries constraints along. Sums join them, integer factors scale the weights, which
+ * may become negative (a reward for violation), and simplification simplifies the bodies. A product
+ * other than by an integer, a square or a division aborts on declared constraints and drops classic
+ * ones; so does the factor 0, except on abs and relu terms alone. Classic constraints are dropped
+ * as well by a factor below 1, by subtraction, by adding an integer, moved terms or a bulk, and by
+ * zorv_expr_clone_add_var; whatever else is added becomes part of the penalty.
+ *
+ * Constraints may be built on several threads at once. */
+
+/* Declares `e` and returns an expression with an empty polynomial. Constraints of `e` become
+ * declared ones with their weights, its own polynomial being dropped; a polynomial without
+ * constraints becomes the requirement that it comes to 0. */
 ZORV_API zorv_expr* zorv_cons_mark(const zorv_expr* e);
+
+/* Declares lo <= e <= hi with weight 1; the polynomial of the result is empty. Nothing tests that
+ * lo <= hi. Aborts if `e` carries declared constraints. */
 ZORV_API zorv_expr* zorv_cons_between(const zorv_expr* e, const CoeffWire* lo, const CoeffWire* hi);
-ZORV_API zorv_expr* zorv_cons_equal(const zorv_expr* e, const CoeffWire* lows, const CoeffWire* highs, uint64_t n);
+
+/* Declares that e lies in one of n intervals, with weight 1. Aborts if `e` carries declared
+ * constraints, and on n = 0.
+ *   lows, highs  [n] both ends of interval i inside it */
+ZORV_API zorv_expr* zorv_cons_equal(const zorv_expr* e, const CoeffWire* lows,
+                                    const CoeffWire* highs, uint64_t n);
+
+/* A classic constraint: a copy of `penalty` with a record of `body`, without bounds as yet. Aborts
+ * if either carries declared constraints. */
 ZORV_API zorv_expr* zorv_exprexprelem_create(const zorv_expr* penalty, const zorv_expr* body);
+
+/* zorv_expr_clone and zorv_expr_destroy under other names. */
 ZORV_API zorv_expr* zorv_exprexprelem_clone(const zorv_expr* e);
 ZORV_API void zorv_exprexprelem_destroy(zorv_expr* e);
-ZORV_API void zorv_exprexpr_set_bounds(const zorv_expr* e, const CoeffWire* lo, const CoeffWire* hi);
+
+/* Bounds and allowed values of a single classic constraint, shared by its copies; models that exist
+ * do not change. Allowed values set the bounds to their hull. Both setters abort if `e` is anything
+ * else, also a sum of one constraint, and on n = 0. The getter returns 1, or 0 and writes nothing
+ * if `e` is anything else or has no bounds.
+ *   lows, highs  [n] both ends of interval i inside it */
+ZORV_API void zorv_exprexpr_set_bounds(const zorv_expr* e, const CoeffWire* lo,
+                                       const CoeffWire* hi);
 ZORV_API int zorv_exprexpr_get_bounds(const zorv_expr* e, CoeffWire* lo, CoeffWire* hi);
-ZORV_API void zorv_exprexpr_set_allowed(const zorv_expr* e, const CoeffWire* lows, const CoeffWire* highs, uint64_t n);
+ZORV_API void zorv_exprexpr_set_allowed(const zorv_expr* e, const CoeffWire* lows,
+                                        const CoeffWire* highs, uint64_t n);
+
+/* 1 or 0: whether `e` carries declared constraints; whether it carries exactly one constraint and
+ * no free-form penalty; whether it carries declared abs and relu terms, at least one, and no other
+ * constraint. */
 ZORV_API int zorv_expr_is_declared(const zorv_expr* e);
 ZORV_API int zorv_expr_has_body(const zorv_expr* e);
 ZORV_API int zorv_expr_all_objective_only(const zorv_expr* e);
+
+/* |f|^k and max(f, 0)^k as declared terms of the objective, with weight 1. They count as no
+ * violation and may be multiplied by 0. Models accept them only for a linear `f`. Both abort if `f`
+ * carries declared constraints and unless k is 1 or 2; relu also on an unknown atom. */
 ZORV_API zorv_expr* zorv_abs_term(const zorv_expr* f, uint32_t k);
 ZORV_API zorv_expr* zorv_relu_term(const zorv_expr* f, uint32_t k);
+
+/* The constraints of any expression as numbered items: the items of a sum in order and then its
+ * free-form penalty, if it has one; a single constraint; or else the expression itself as a
+ * free-form item. A free-form item has weight 1 and bounds 0 and 0. */
 ZORV_API uint64_t zorv_cons_item_count(const zorv_expr* e);
-ZORV_API int zorv_cons_item_info(const zorv_expr* e, uint64_t i, zorv_expr** body, CoeffWire* weight, CoeffWire* lo, CoeffWire* hi);
-ZORV_API int zorv_cons_item_eval(const zorv_expr* e, uint64_t i, const zorv_sol* sol, CoeffWire* value, CoeffWire* lo, CoeffWire* hi, CoeffWire* violation, CoeffWire* weight);
+
+/* Writes a new handle, the caller's, to `*body`, and weight and bounds. Returns 1 for a constraint
+ * and 0 for a free-form item; a single constraint without bounds reads as free-form, an item of a
+ * sum without bounds as bounded by 0 and 0. Aborts on a bad item number. */
+ZORV_API int zorv_cons_item_info(const zorv_expr* e, uint64_t i, zorv_expr** body,
+                                 CoeffWire* weight, CoeffWire* lo, CoeffWire* hi);
+
+/* Evaluates item i on a solution and returns 1. `violation` is the distance of the value to what is
+ * allowed, before any exponent; for a free-form item it is the value, sign included. Aborts on a
+ * bad item number and on a constraint without bounds. */
+ZORV_API int zorv_cons_item_eval(const zorv_expr* e, uint64_t i, const zorv_sol* sol,
+                                 CoeffWire* value, CoeffWire* lo, CoeffWire* hi,
+                                 CoeffWire* violation, CoeffWire* weight);
+
+/* Writes the exponent and the kind of item i, 0 for a requirement and 1 for an abs or relu term,
+ * and returns 1. For a free-form item, one without bounds or a bad number: 2, 0 and the result 0. A
+ * single constraint answers to every number. */
 ZORV_API int zorv_cons_item_shape(const zorv_expr* e, uint64_t i, uint32_t* k, uint32_t* kind);
-ZORV_API uint64_t zorv_cons_item_allowed(const zorv_expr* e, uint64_t i, CoeffWire* lows, CoeffWire* highs, uint64_t capacity);
+
+/* Copies up to `capacity` allowed intervals of item i and returns how many it has, 0 also for a
+ * free-form item or a bad number. A single constraint answers to every number.
+ *   lows, highs  [capacity], may be null for a capacity of 0 */
+ZORV_API uint64_t zorv_cons_item_allowed(const zorv_expr* e, uint64_t i, CoeffWire* lows,
+                                         CoeffWire* highs, uint64_t capacity);
+
+/* The number of items that do not hold. Abs and relu terms and constraints without bounds never
+ * count; a free-form penalty counts if it is not 0. Aborts if `e` carries no constraints. */
 ZORV_API uint64_t zorv_cons_violation_count(const zorv_expr* e, const zorv_sol* sol);
+
+/* The stored body of the only constraint of `e`: lent by the library for the life of the process,
+ * not to be destroyed. Aborts unless there is exactly one constraint and no free-form penalty. */
 ZORV_API const zorv_expr* zorv_exprexprelem_get_body(const zorv_expr* e);
 
 /* ---- Models ------------------------------------------------------------------------------------ */
@@ -255,6 +372,13 @@ ZORV_API void zorv_easy_solver_result_destroy(zorv_result* r);
 
 /* ---- Constants of the library ------------------------------------------------------------------ */
 
+/* Answers a constant question about the library or the machine it runs on.
+ *   key      "compilation_date" (as in "Jan  1 2026"), "author", "version" (as in "2026.01.01"),
+ *            "cpu_name", "cpu_threads" (processors online), "total_ram" (as in "15.615 GiB"),
+ *            "hostname"
+ *   returns  a text, "Invalid string parameter" for any other key and for null, and
+ *            "(unknown)" or "(unknown CPU)" where the machine does not tell
+ * Asks the machine anew each time, and may start a program to do so: not for inner loops. */
 ZORV_API const char* zorv_const_str(const char* key);
 
 #ifdef __cplusplus

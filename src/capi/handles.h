@@ -48,6 +48,10 @@ inline const zorv_term* borrow(const TermImpl& t) {
 inline const zorv_expr* borrow(const ExprImpl& e) {
   return reinterpret_cast<const zorv_expr*>(&e);
 }
+// Lent by the Sol that begins with it: one handle serves as both.
+inline const zorv_model* borrow(const ModelHandle& m) {
+  return reinterpret_cast<const zorv_model*>(&m);
+}
 inline const ::coeff_t* borrow(const coeff_t* c) { return reinterpret_cast<const ::coeff_t*>(c); }
 
 inline void destroy(zorv_term* t) { delete reinterpret_cast<TermImpl*>(t); }

@@ -21,10 +21,10 @@ using Interval = std::pair<coeff_t, coeff_t>;  // low, high, both inside
 struct ExprExpr {
   std::unique_ptr<const ExprImpl> body;  // plain tag; never changes
   bool has_bounds = false;
-  coeff_t lo, hi;                  // the hull of `allowed` if there is any
-  std::vector<Interval> allowed;   // empty: lo and hi alone apply
-  uint8_t shape_k = 2;             // exponent of the penalty
-  uint8_t shape_kind = 0;          // 0 a requirement, 1 an abs or relu objective term
+  coeff_t lo, hi;                 // the hull of `allowed` if there is any
+  std::vector<Interval> allowed;  // empty: lo and hi alone apply
+  uint8_t shape_k = 2;            // exponent of the penalty
+  uint8_t shape_kind = 0;         // 0 a requirement, 1 an abs or relu objective term
 };
 
 // A constraint of a sum, with its weight.
@@ -40,10 +40,16 @@ struct ConstraintSum {
   bool shared = false;  // may no longer be appended to in place; never goes back
 };
 
+// What an expression brings into a sum.
+struct SumParts {
+  std::vector<ConstraintItem> items;
+  const ExprImpl* remainder = nullptr;  // null if there is none; otherwise only lent
+};
+
 // ExprExprSet -----------------------------------------------------------------------------------
 
-// Stores the entry and returns its index. The body's tag is reset to plain.
-uint32_t add_expr_expr(ExprExpr entry);
+// Stores an entry with this body, its tag reset to plain, and without bounds; returns its index.
+uint32_t add_expr_expr(ExprImpl body);
 // The entry; aborts with `bad_index` if there is none.
 const ExprExpr& expr_expr(uint32_t index, const char* bad_index = "ExprExprSet: meta bad index");
 void set_bounds(uint32_t index, const coeff_t& lo, const coeff_t& hi);
@@ -59,12 +65,14 @@ void copy_metadata(uint32_t to, uint32_t from);
 uint32_t add_constraint_sum(ConstraintSum sum);
 const ConstraintSum& constraint_sum(uint32_t index);
 void mark_sum_shared(uint32_t index);
-// Appends to the sum itself unless it is shared; tells whether it did. `remainder` may be null and
-// may be the sum's own.
-bool append_to_sum(uint32_t index, const std::vector<ConstraintItem>& items,
-                   const ExprImpl* remainder);
+// Appends to the sum itself unless it is shared; tells whether it did. The remainder of `parts` may
+// be the sum's own.
+bool append_to_sum(uint32_t index, SumParts parts);
 
-// The smallest low and the largest high of a set that is not empty.
-Interval hull(const std::vector<Interval>& allowed);
+// The items and the remainder that a tag names, a single constraint being one item of weight 1.
+// Nothing for tags that name no constraint.
+SumParts parts_of(uint32_t attr);
+// Adds `parts` behind what a sum has; a remainder that was not there starts as a copy.
+void append_parts(ConstraintSum& sum, SumParts parts);
 
 }  // namespace zorv

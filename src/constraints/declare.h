@@ -15,12 +15,17 @@ ExprImpl cons_mark(const ExprImpl& e);
 ExprImpl cons_between(const ExprImpl& e, const coeff_t& lo, const coeff_t& hi);
 // `e` lies in one of the intervals. Aborts likewise, and on an empty set.
 ExprImpl cons_equal(const ExprImpl& e, std::vector<Interval> allowed);
-// |f|^k and max(f, 0)^k as objective terms, k 1 or 2.
+// The declared constraint that an entry of ExprExprSet states, with weight 1.
+ExprImpl declared_constraint(uint32_t index);
+// |f|^k and max(f, 0)^k as objective terms. Both abort if `f` carries declared constraints and
+// unless k is 1 or 2; relu_term also on an atom that the registry does not know.
 ExprImpl abs_term(const ExprImpl& f, uint32_t k);
 ExprImpl relu_term(const ExprImpl& f, uint32_t k);
 
-// A copy of `penalty` that names a new entry with a copy of `body`, without bounds.
+// A copy of `penalty` that names a new entry with a copy of `body`, without bounds. Aborts if
+// either carries declared constraints.
 ExprImpl classic_constraint(const ExprImpl& penalty, const ExprImpl& body);
+// Both abort unless `e` is a single constraint; a sum of one item is none.
 void set_expr_expr_bounds(const ExprImpl& e, const coeff_t& lo, const coeff_t& hi);
 void set_expr_expr_allowed(const ExprImpl& e, std::vector<Interval> allowed);
 // The entry with the bounds of a single constraint; null if `e` is none or has no bounds.

@@ -20,17 +20,24 @@ struct ItemInfo {
   coeff_t weight, lo, hi;
   bool is_bounded;
 };
-ItemInfo item_info(const ExprImpl& e, uint64_t i);  // aborts on a bad item number
+// Aborts on a bad item number. A single constraint without bounds reads as if it were free-form.
+ItemInfo item_info(const ExprImpl& e, uint64_t i);
 
 struct ItemValue {
   coeff_t value, lo, hi, violation, weight;
 };
 // For a free-form item `violation` is the value, sign included; a penalty exponent plays no part.
+// Aborts on a bad item number, and on a constraint without bounds.
 ItemValue item_eval(const ExprImpl& e, uint64_t i, const Sol& sol);
 
-// The entry behind item i of `e`, for the questions that only bounded items answer; null for a
-// free-form item and for a number out of range. One constraint answers to every number.
-const ExprExpr* item_entry(const ExprImpl& e, uint64_t i);
+// The two below know no bad item number. A single constraint answers to every one.
+struct ItemShape {
+  uint32_t k = 2;
+  uint32_t kind = 0;
+  bool is_recorded = false;  // whether item i is a constraint with bounds
+};
+ItemShape item_shape(const ExprImpl& e, uint64_t i);
+const std::vector<Interval>& item_allowed(const ExprImpl& e, uint64_t i);  // empty if none
 
 // Items that do not hold; abs and relu terms never count. Aborts without constraints.
 uint64_t violation_count(const ExprImpl& e, const Sol& sol);

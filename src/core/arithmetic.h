@@ -1,37 +1,40 @@
 // The algebra of polynomials and terms. Nothing here merges equal terms, looks at a tag or sets
-// one: results carry the plain tag, changes in place leave the tag alone. Products are index
-// addressed fills of a block of known size, so the order of their terms never depends on threads.
+// one: results carry the plain tag, changes in place leave the tag alone. A negated literal is a
+// literal like any other.
+//
+// Products are fills, by index, of a block whose size is known: one allocation, no growth, and an
+// order of terms that never depends on the number of threads.
 #pragma once
 
 #include "core/expr.h"
 
 namespace zorv {
 
-// Coefficients multiplied, literals of `a` then of `b`.
+// a times b, literals of `a` first; in place `b` may be `a`.
 TermImpl mul(const TermImpl& a, const TermImpl& b);
+void imul(TermImpl& a, const TermImpl& b);
 TermImpl negated(const TermImpl& t);
 // Aborts on 0 and on a remainder.
 void idiv(TermImpl& t, const coeff_t& divisor);
 
-// (na*b terms if b has a constant ...) see arithmetic_mul.cpp for the order of terms.
+// In this order: a.constant times the terms of b, b.constant times the terms of a (each only if
+// the constant is not 0), then a_0*b_0, a_0*b_1, ... with the literals of `a` first.
 ExprImpl mul(const ExprImpl& a, const ExprImpl& b);
+// For each term i: t_i*t_i, then 2*constant*t_i if the constant is not 0, then 2*t_i*t_j, j > i.
 ExprImpl sqr(const ExprImpl& e);
+// e.constant * t if the constant is not 0, then each term times t, literals of the term first.
 ExprImpl mul_term(const ExprImpl& e, const TermImpl& t);
 ExprImpl mul_var(const ExprImpl& e, uint32_t literal);
 
+// Terms whose product is 0 stay as they are, with a coefficient of 0; only `first` is freed.
 void imul_int(ExprImpl& e, const coeff_t& factor);
 void negate(ExprImpl& e);
 // Aborts on 0 and on a remainder; the constant is tested first.
 void idiv_int(ExprImpl& e, const coeff_t& divisor);
 
-// a + b: `first` of b appended, its entries copied behind with one exact reservation. May alias.
+// a + b: `first` of b appended, its entries copied behind with one reservation. May alias.
 void add_poly(ExprImpl& a, const ExprImpl& b);
-// a - b: b's terms negated and appended one at a time. a - a keeps twice the terms. May alias.
+// a - b: b's terms negated and appended one at a time; a - a keeps twice the terms. May alias.
 void sub_poly(ExprImpl& a, const ExprImpl& b);
-
-// `n` terms from flat arrays behind `e.terms`, never into `first`; equal terms stay apart.
-//   coeffs [n], degrees [n], literals [sum of degrees] term after term, copied unsorted
-void append_bulk(ExprImpl& e, uint64_t n, const struct CoeffWire* coeffs, const uint32_t* degrees,
-                 const uint32_t* literals);
 
 }  // namespace zorv

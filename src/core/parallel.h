@@ -28,7 +28,7 @@ struct Chunking {
   uint64_t chunks;
   uint64_t chunk_items;
 
-  Chunking(uint64_t n, uint64_t threads);
+  Chunking(uint64_t n, uint64_t threads);  // one chunk if `threads` is below 2
   uint64_t begin(uint64_t chunk) const { return std::min(chunk * chunk_items, items); }
   uint64_t end(uint64_t chunk) const { return std::min(begin(chunk) + chunk_items, items); }
 };

@@ -46,6 +46,17 @@ inline TermImpl& TermImpl::operator=(TermImpl&& other) noexcept {
   return *this;
 }
 
+inline void construct_copy(TermImpl* raw, const TermImpl& t) {
+  construct_copy(&raw->coeff, t.coeff);
+  new (&raw->vars) VarList(t.vars);
+}
+
+// a times b: coefficients multiplied, literals of `a` then of `b`.
+inline void construct_product(TermImpl* raw, const TermImpl& a, const TermImpl& b) {
+  construct_product(&raw->coeff, a.coeff, b.coeff);
+  new (&raw->vars) VarList(VarList::concat(a.vars, b.vars));
+}
+
 // Term order: by degree, lower first, then by the sort keys of the literals position by position.
 // Meaningful for terms whose own literals are sorted.
 bool term_precedes(const VarList& a, const VarList& b);

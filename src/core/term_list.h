@@ -8,7 +8,8 @@
 //   3. An append fills `first` whenever it is free, even when `terms` holds entries. Bulk loading
 //      never uses it. So the order of terms depends on how they came in, and whoever adds terms
 //      must keep to the way that its contract names.
-//   4. `terms` is a block of malloc with `capacity` entries, `count` of them alive.
+//   4. `terms` is a block with room for `capacity` entries, `count` of them alive; see
+//      core/block_cache.h for where it comes from.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +25,7 @@ struct TermList {
   TermImpl* terms = nullptr;
 
   TermList() = default;
-  TermList(const TermList& other);  // spread over threads when long; `capacity` is `count`
+  TermList(const TermList& other);  // spread over threads when long
   TermList(TermList&& other) noexcept;
   TermList& operator=(const TermList& other);  // keeps the block if it is large enough
   TermList& operator=(TermList&& other) noexcept;
@@ -39,19 +40,36 @@ struct TermList {
 
   // `term` may lie inside this list: appending takes it by value.
   void append(TermImpl term);
-  // Makes room for exactly `more` further entries of `terms`, if there is less.
+  // Makes room for `more` further entries of `terms`, if there is less.
   void reserve(uint64_t more);
   // Copies of `other.terms` behind one's own, by index; never into `first`. Needs the room.
   void append_entries(const TermList& other);
 
   // Building a list of known size s: allocate_slots(s), construct a term in slot(i) for every
-  // i < s, by several threads if need be, then commit_slots(s). Slot 0 is `first`. The list must
-  // be empty at the start, and nothing else may be done with it in between.
+  // i < s, by several threads if need be, then commit_slots(s), or fewer if not all were needed;
+  // what lies beyond is given back. Slot 0 is `first`. The list must be empty at the start, and
+  // nothing else may be done with it in between.
   void allocate_slots(uint64_t s);
   TermImpl* slot(uint64_t i) { return i == 0 ? &first : terms + (i - 1); }
-  void commit_slots(uint64_t s) { count = s - 1; }
+  void commit_slots(uint64_t s);
 
   void clear();
+
+ private:
+  void resize(uint64_t entries);
+};
+
+// A list as one run of terms, for loops by index: where the run starts is worked out once.
+class TermView {
+ public:
+  TermView(const TermList& list)
+      : first_(&list.first), terms_(list.terms), skip_(list.has_first() ? 1 : 0) {}
+  const TermImpl& operator[](uint64_t i) const { return i < skip_ ? *first_ : terms_[i - skip_]; }
+
+ private:
+  const TermImpl* first_;
+  const TermImpl* terms_;
+  uint64_t skip_;
 };
 
 inline const TermImpl& TermList::operator[](uint64_t i) const {

@@ -36,19 +36,15 @@ uint32_t* new_block(const uint32_t* literals, uint32_t n) {
 
 }  // namespace
 
-VarList::VarList(uint32_t a, uint32_t b) : head_{a, b} {
-  if (a == kNoLiteral) std::swap(head_[0], head_[1]);
-}
-
 VarList::VarList(const uint32_t* literals, uint32_t n) {
   if (n > 0) head_[0] = literals[0];
   if (n > 1) head_[1] = literals[1];
   if (n > 2) overflow_ = new_block(literals + 2, n - 2);
 }
 
-VarList::VarList(const VarList& other)
-    : head_{other.head_[0], other.head_[1]},
-      overflow_(new_block(other.overflow_, overflow_length(other.overflow_))) {}
+uint32_t* VarList::copy_block(const uint32_t* overflow) {
+  return new_block(overflow, overflow_length(overflow));
+}
 
 VarList& VarList::operator=(const VarList& other) {
   if (this != &other) *this = VarList(other);
@@ -66,8 +62,7 @@ VarList& VarList::operator=(VarList&& other) noexcept {
 
 VarList VarList::adopt(uint64_t head_pair, uint32_t* overflow) {
   VarList list;
-  list.head_[0] = static_cast<uint32_t>(head_pair);
-  list.head_[1] = static_cast<uint32_t>(head_pair >> 32);
+  list.set_head_pair(head_pair);
   list.overflow_ = overflow;
   return list;
 }
@@ -75,12 +70,12 @@ VarList VarList::adopt(uint64_t head_pair, uint32_t* overflow) {
 VarList VarList::copy_of(uint64_t head_pair, const uint32_t* overflow) {
   VarList list = adopt(head_pair, nullptr);
   if (list.head_[0] != kNoLiteral && list.head_[1] != kNoLiteral) {
-    list.overflow_ = new_block(overflow, overflow_length(overflow));
+    list.overflow_ = copy_block(overflow);
   }
   return list;
 }
 
-VarList VarList::concat(const VarList& a, const VarList& b) {
+VarList VarList::concat_any(const VarList& a, const VarList& b) {
   VarList joined = a;
   joined.append(b);
   return joined;

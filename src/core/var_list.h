@@ -22,20 +22,31 @@ class VarList {
  public:
   VarList() = default;
   explicit VarList(uint32_t literal) : head_{literal, kNoLiteral} {}
-  VarList(uint32_t a, uint32_t b);
+  // `a` may be kNoLiteral; `b` then goes to the first slot.
+  VarList(uint32_t a, uint32_t b)
+      : head_{a == kNoLiteral ? b : a, a == kNoLiteral ? kNoLiteral : b} {}
   VarList(const uint32_t* literals, uint32_t n);
-  VarList(const VarList& other);
+  VarList(const VarList& other)
+      : head_{other.head_[0], other.head_[1]},
+        overflow_(other.overflow_ == nullptr ? nullptr : copy_block(other.overflow_)) {}
   VarList(VarList&& other) noexcept;
   VarList& operator=(const VarList& other);
   VarList& operator=(VarList&& other) noexcept;
-  ~VarList() { std::free(overflow_); }
+  ~VarList() {
+    if (overflow_ != nullptr) std::free(overflow_);
+  }
 
   // A head pair is one 64-bit value, the first literal in its low half. `adopt` takes the block
   // over as it is, unchecked; `copy_of` copies it, and only if both head slots are filled.
   static VarList adopt(uint64_t head_pair, uint32_t* overflow);
   static VarList copy_of(uint64_t head_pair, const uint32_t* overflow);
   // The literals of `a`, then those of `b`.
-  static VarList concat(const VarList& a, const VarList& b);
+  static VarList concat(const VarList& a, const VarList& b) {
+    if (a.degree_capped_at_3() == 1 && b.degree_capped_at_3() == 1) {
+      return VarList(a.head_[0], b.head_[0]);
+    }
+    return concat_any(a, b);
+  }
 
   uint32_t degree() const;
   // At most `degree()`, at no cost: exact up to 2, and 3 for anything longer.
@@ -43,6 +54,10 @@ class VarList {
   uint32_t operator[](uint32_t i) const { return i < 2 ? head_[i] : overflow_[i - 2]; }
   uint32_t& operator[](uint32_t i) { return i < 2 ? head_[i] : overflow_[i - 2]; }
   uint64_t head_pair() const { return head_[0] | static_cast<uint64_t>(head_[1]) << 32; }
+  void set_head_pair(uint64_t head_pair) {
+    head_[0] = static_cast<uint32_t>(head_pair);
+    head_[1] = static_cast<uint32_t>(head_pair >> 32);
+  }
   const uint32_t* overflow() const { return overflow_; }
   bool has_overflow() const { return overflow_ != nullptr && overflow_[0] != kNoLiteral; }
   // Same degree and the same raw literals at every position.
@@ -60,6 +75,9 @@ class VarList {
   Sentinel end() const { return {}; }
 
  private:
+  static uint32_t* copy_block(const uint32_t* overflow);
+  static VarList concat_any(const VarList& a, const VarList& b);
+
   uint32_t head_[2] = {kNoLiteral, kNoLiteral};
   uint32_t* overflow_ = nullptr;
 };

@@ -24,8 +24,8 @@ struct NativeCons {
   coeff_t weight;  // may be negative
   coeff_t lo, hi;  // the hull if `allowed` is not empty
   coeff_t body_constant;
-  std::vector<uint32_t> vars;   // degree-1 part of the body, never negated
-  std::vector<coeff_t> coeffs;  // parallel to `vars`
+  std::vector<uint32_t> vars;     // degree-1 part of the body, never negated
+  std::vector<coeff_t> coeffs;    // parallel to `vars`
   std::vector<uint64_t> nl_head;  // starts into nl_vars and one end; empty for a linear body
   std::vector<uint32_t> nl_vars;
   std::vector<coeff_t> nl_coeffs;
@@ -48,9 +48,9 @@ struct ModelImpl {
   std::vector<uint32_t> index_map;  // variable id -> dense index or kNoLiteral
   coeff_t constant;
   uint32_t max_degree = 0;
-  std::vector<uint64_t> term_count;                // [max_degree], entry d-1 for degree d
-  std::vector<std::vector<uint32_t>> term_vars;    // [max_degree], d literals a term
-  std::vector<std::vector<coeff_t>> term_coeffs;   // [max_degree]
+  std::vector<uint64_t> term_count;               // [max_degree], entry d-1 for degree d
+  std::vector<std::vector<uint32_t>> term_vars;   // [max_degree], d literals a term
+  std::vector<std::vector<coeff_t>> term_coeffs;  // [max_degree]
   double scale = 1.0;
   std::vector<NativeCons> native_cons;
   bool has_remainder = false;
@@ -74,12 +74,24 @@ static_assert(sizeof(ModelHandle) == 16);
 // Compiles `e`; declared constraints become native ones.
 ModelHandle make_model(const ExprImpl& e);
 
-// Queries that are more than a field.
+// Queries that are more than a field ------------------------------------------------------------
+
 bool model_has(const ModelImpl& m, uint32_t literal);
 // Dense index, or kNoLiteral for a variable that the model does not have.
 uint32_t model_var_index(const ModelImpl& m, uint32_t literal);
+// The tables of one degree, unchecked above max_degree; the constant, degree 0, has none.
+uint64_t term_count_of_degree(const ModelImpl& m, uint32_t degree);
+const uint32_t* term_vars_of_degree(const ModelImpl& m, uint32_t degree);
+const coeff_t* term_coeffs_of_degree(const ModelImpl& m, uint32_t degree);
 bool has_negated_literals(const ModelImpl& m);
 bool has_penalty_shapes(const ModelImpl& m);
+// Literal and bounds of the atom with dense integer index i; both abort if there is none.
+uint32_t model_atom(const ModelImpl& m, uint64_t i);
+struct AtomBounds {
+  const coeff_t& lo;
+  const coeff_t& hi;
+};
+AtomBounds model_atom_bounds(const ModelImpl& m, uint64_t i);
 // The record, after refusing what consumers of linear rows cannot take.
 const NativeCons& linear_native_cons(const ModelImpl& m, uint64_t i);
 // Energy of the polynomial alone; aborts on a model with integer atoms.

@@ -40,10 +40,14 @@ void sol_set_int(Sol& sol, uint32_t atom, const coeff_t& value);
 // Copies every value of `src`; the model of `dst` must have all of its variables.
 void sol_set_from(Sol& dst, const Sol& src);
 
-// The energy if it is valid; otherwise aborts with `message`.
-const coeff_t& valid_energy(const Sol& sol, const char* message);
+// The energy; both abort, each with its own text, if it is not valid.
+const coeff_t& sol_energy(const Sol& sol);
+const coeff_t& sol_energy_int(const Sol& sol);
+// Computes it first if it is not valid.
 const coeff_t& compute_energy(Sol& sol);
-// "energy:{{name,value},...}".
+// Takes the energy on trust, as solvers report it.
+void set_energy(Sol& sol, const coeff_t& energy);
+// "energy:{{name,value},...}"; aborts if the energy is not valid. See the source for the pairing.
 std::string sol_text(const Sol& sol);
 
 // The energy of any assignment of the model, from the definition.

@@ -13,8 +13,8 @@
 #include "core/var_registry.h"
 
 // The statement writes exactly "zorv: ", `message` and a newline, and aborts.
-#define EXPECT_FATAL(statement, message)                        \
-  EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT),    \
+#define EXPECT_FATAL(statement, message)                     \
+  EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT), \
               ::testing::Eq(std::string("zorv: ") + (message) + "\n"))
 
 namespace zorv::test {

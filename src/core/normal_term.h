@@ -1,0 +1,83 @@
+// NormalTerm: a term brought to the rules of its domain, on its way into a merge.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "core/term.h"
+
+namespace zorv {
+
+// Sorted literals as sort keys: the first two packed in one word, so that a term of degree 2 or
+// less is compared by one instruction; the rest in `tail`, which means something from degree 3 on
+// only. An unused half of the word is all ones.
+struct NormalTerm {
+  bool is_negated = false;  // the coefficient is minus that of the source
+  uint32_t degree = 0;
+  uint64_t head = ~uint64_t{0};
+  std::vector<uint32_t> tail;
+
+  NormalTerm() = default;
+  NormalTerm(const NormalTerm& other) { *this = other; }
+  NormalTerm& operator=(const NormalTerm& other) {
+    is_negated = other.is_negated;
+    degree = other.degree;
+    head = other.head;
+    if (degree > 2) tail = other.tail;
+    return *this;
+  }
+
+  void set() { degree = 0; }
+  void set(uint32_t key) {
+    degree = 1;
+    head = static_cast<uint64_t>(key) << 32 | 0xFFFFFFFFu;
+  }
+  void set(uint32_t low_key, uint32_t high_key) {
+    degree = 2;
+    head = static_cast<uint64_t>(low_key) << 32 | high_key;
+  }
+  // `keys` is sorted.
+  void set(const std::vector<uint32_t>& keys);
+
+  uint32_t key(uint32_t i) const {
+    if (i < 2) return static_cast<uint32_t>(i == 0 ? head >> 32 : head);
+    return tail[i - 2];
+  }
+  uint32_t highest_key() const { return key(degree - 1); }
+};
+
+inline void NormalTerm::set(const std::vector<uint32_t>& keys) {
+  switch (keys.size()) {
+    case 0:
+      return set();
+    case 1:
+      return set(keys[0]);
+    case 2:
+      return set(keys[0], keys[1]);
+    default:
+      set(keys[0], keys[1]);
+      degree = static_cast<uint32_t>(keys.size());
+      tail.assign(keys.begin() + 2, keys.end());
+  }
+}
+
+inline bool same_literals(const NormalTerm& a, const NormalTerm& b) {
+  return a.head == b.head && a.degree == b.degree && (a.degree < 3 || a.tail == b.tail);
+}
+
+// Term order.
+inline bool precedes(const NormalTerm& a, const NormalTerm& b) {
+  if (a.degree != b.degree) return a.degree < b.degree;
+  if (a.head != b.head) return a.head < b.head;
+  return a.degree > 2 && a.tail < b.tail;
+}
+
+// The literals of `vars` as sort keys, sorted, in `keys`.
+inline void load_sorted_keys(const VarList& vars, std::vector<uint32_t>& keys) {
+  keys.clear();
+  for (const uint32_t literal : vars) keys.push_back(sort_key(literal));
+  std::sort(keys.begin(), keys.end());
+}
+
+}  // namespace zorv

@@ -1,0 +1,100 @@
+// The rules of 0/1 variables. Literals are handled as sort keys: x is even, ~x is the odd number
+// behind it, and an atom, never negated, is even with the highest bit set.
+#include "core/merge_terms.h"
+#include "core/simplify.h"
+
+namespace zorv {
+
+namespace {
+
+constexpr uint32_t kNegatedKey = 1;
+
+bool is_negated_key(uint32_t key) { return (key & kNegatedKey) != 0; }
+bool is_atom_key(uint32_t key) { return is_atom(literal_of_key(key)); }
+bool same_variable(uint32_t a, uint32_t b) { return (a | kNegatedKey) == (b | kNegatedKey); }
+uint32_t variable_of_key(uint32_t key) { return literal_of_key(key & ~kNegatedKey); }
+
+class BinaryRule {
+ public:
+  bool operator()(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
+    normal.is_negated = false;
+    switch (term.vars.degree_capped_at_3()) {
+      case 0:
+        normal.set();
+        return true;
+      case 1:
+        return linear(sort_key(term.vars[0]), term.coeff, normal, side);
+      case 2: {
+        const uint32_t a = sort_key(term.vars[0]);
+        const uint32_t b = sort_key(term.vars[1]);
+        return quadratic(std::min(a, b), std::max(a, b), term.coeff, normal, side);
+      }
+      default:
+        return higher(term, normal, side);
+    }
+  }
+
+ private:
+  // c*~x = c - c*x
+  bool linear(uint32_t key, const coeff_t& c, NormalTerm& normal, SideEffects* side) {
+    normal.set(key & ~kNegatedKey);
+    if (is_negated_key(key)) {
+      normal.is_negated = true;
+      if (side != nullptr) side->delta += c;
+    }
+    return true;
+  }
+
+  // `a` does not follow `b`.
+  bool quadratic(uint32_t a, uint32_t b, const coeff_t& c, NormalTerm& normal, SideEffects* side) {
+    if (same_variable(a, b) && !is_atom_key(a)) {
+      return a == b && linear(a, c, normal, side);  // x*x = x, x*~x = 0
+    }
+    normal.set(a & ~kNegatedKey, b & ~kNegatedKey);
+    normal.is_negated = is_negated_key(a) != is_negated_key(b);
+    if (side != nullptr && (is_negated_key(a) || is_negated_key(b))) expand(a, b, c, *side);
+    return true;
+  }
+
+  // What c*a*b with a negation leaves besides its quadratic term.
+  static void expand(uint32_t a, uint32_t b, const coeff_t& c, SideEffects& side) {
+    if (!is_negated_key(a)) {
+      side.extras.push_back({c, variable_of_key(a)});  // c*x*~y = c*x - c*x*y
+    } else if (!is_negated_key(b)) {
+      side.extras.push_back({c, variable_of_key(b)});
+    } else {  // c*~x*~y = c - c*x - c*y + c*x*y
+      side.delta += c;
+      side.extras.push_back({-c, variable_of_key(a)});
+      side.extras.push_back({-c, variable_of_key(b)});
+    }
+  }
+
+  // Powers collapse and a variable beside its complement makes the term vanish. What is left of
+  // degree 3 and more keeps its negated literals.
+  bool higher(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
+    load_sorted_keys(term.vars, keys_);
+    size_t kept = 0;
+    for (const uint32_t key : keys_) {
+      if (kept > 0 && same_variable(keys_[kept - 1], key) && !is_atom_key(key)) {
+        if (keys_[kept - 1] != key) return false;
+        continue;
+      }
+      keys_[kept++] = key;
+    }
+    keys_.resize(kept);
+    if (kept == 1) return linear(keys_[0], term.coeff, normal, side);
+    if (kept == 2) return quadratic(keys_[0], keys_[1], term.coeff, normal, side);
+    normal.set(keys_);
+    return true;
+  }
+
+  std::vector<uint32_t> keys_;
+};
+
+}  // namespace
+
+ExprImpl expr_simplify_as_binary(const ExprImpl& e) {
+  return merge_terms(e.list, e.constant, BinaryRule());
+}
+
+}  // namespace zorv

@@ -1,0 +1,78 @@
+#include "integer/int_var.h"
+
+#include <algorithm>
+
+#include "core/fatal.h"
+#include "core/int_atoms.h"
+#include "core/literal.h"
+#include "core/var_registry.h"
+
+namespace zorv {
+
+IntVarRegistry& IntVarRegistry::instance() {
+  static IntVarRegistry registry;
+  return registry;
+}
+
+const IntVarGroup* IntVarRegistry::find(uint32_t index) const {
+  if (index >= next_index) return nullptr;
+  // A group without members shares `first` with its successor, so the last one that fits counts.
+  const auto after =
+      std::upper_bound(groups.begin(), groups.end(), index,
+                       [](uint32_t i, const IntVarGroup& group) { return i < group.first; });
+  if (after == groups.begin()) return nullptr;
+  const IntVarGroup& group = *std::prev(after);
+  return index - group.first < group.count ? &group : nullptr;
+}
+
+uint32_t new_int_var(const char* name, const coeff_t& lo, const coeff_t& hi) {
+  return new_int_var_array(name, nullptr, 0, lo, hi);
+}
+
+uint32_t new_int_var_array(const char* name, const uint64_t* shape, size_t ndim, const coeff_t& lo,
+                           const coeff_t& hi) {
+  if (!(lo < hi)) {
+    fatal("int_var: bounds must satisfy lo < hi (got lo = ", lo, ", hi = ", hi, ")");
+  }
+  const uint64_t count = extent_product(shape, ndim);
+  std::string resolved = resolve_name(name);
+  IntVarRegistry& registry = IntVarRegistry::instance();
+  const std::lock_guard lock(registry.mutex);
+  if (count > kMaxVariables - registry.next_index) {
+    fatal("int_var: integer variable index space exhausted");
+  }
+  const auto first = static_cast<uint32_t>(registry.next_index);
+  registry.groups.push_back({first, count, std::move(resolved), {shape, shape + ndim}, lo, hi});
+  registry.next_index += count;
+  registry.bit_total += count * bit_width(lo, hi);
+  return atom_literal(first);
+}
+
+const IntVarGroup& int_var_bounds(uint32_t literal) {
+  const IntVarGroup* group =
+      is_atom(literal) ? IntVarRegistry::instance().find(index_of(literal)) : nullptr;
+  if (group == nullptr) fatal("zorv_int_var_bounds: not an integer variable index");
+  return *group;
+}
+
+uint64_t bit_width(const coeff_t& lo, const coeff_t& hi) {
+  return lo < hi ? boost::multiprecision::msb(coeff_t(hi - lo)) + 1 : 1;
+}
+
+bool append_atom_name(uint32_t index, std::string& text) {
+  const IntVarGroup* group = IntVarRegistry::instance().find(index);
+  if (group == nullptr) return false;
+  append_element_name(text, group->name.c_str(), group->shape, index - group->first);
+  return true;
+}
+
+void reset_int_variables() {
+  IntVarRegistry& registry = IntVarRegistry::instance();
+  const std::lock_guard lock(registry.mutex);
+  registry.groups.clear();
+  registry.encodings.clear();
+  registry.next_index = 0;
+  registry.bit_total = 0;
+}
+
+}  // namespace zorv

@@ -1,0 +1,92 @@
+#include "integer/varint.h"
+
+#include <numeric>
+#include <string>
+
+#include "core/append_only_table.h"
+#include "core/fatal.h"
+#include "core/var_registry.h"
+#include "integer/series.h"
+
+namespace zorv {
+
+namespace {
+
+AppendOnlyTable<VarIntRecord>& varint_set() {
+  static AppendOnlyTable<VarIntRecord> table(uint64_t{kMaxVarIntIndex} + 1,
+                                             "VarIntSet: index overflow");
+  return table;
+}
+
+// A single bit bears the name itself, several are the elements of a block of that name.
+std::vector<uint32_t> new_bits(const std::string& name, uint64_t n) {
+  std::vector<uint32_t> bits(n);
+  if (n > 0) {
+    std::iota(bits.begin(), bits.end(), n == 1 ? new_var(name) : new_var_array(name, &n, 1));
+  }
+  return bits;
+}
+
+ExprImpl polynomial_of(const VarIntRecord& record) {
+  ExprImpl e(record.min);
+  if (!record.vars.empty()) e.list.reserve(record.vars.size() - 1);
+  for (size_t i = 0; i < record.vars.size(); ++i) {
+    e.list.append(TermImpl(record.coeffs[i], VarList(record.vars[i])));
+  }
+  return e;
+}
+
+ExprImpl make_named(const std::string& name, const coeff_t& lo, const coeff_t& hi,
+                    std::vector<coeff_t> coeffs, std::vector<uint32_t> vars) {
+  const uint64_t name_index = add_int_array_name(name, nullptr, 0);
+  VarIntRecord record = {name_index, 0, lo, hi, std::move(coeffs), std::move(vars)};
+  ExprImpl e = polynomial_of(record);
+  e.attr = static_cast<uint32_t>(varint_set().append(std::move(record)));
+  return e;
+}
+
+}  // namespace
+
+ExprImpl make_varint(const char* name, const coeff_t& lo, const coeff_t& hi) {
+  const std::string resolved = resolve_name(name);
+  std::vector<coeff_t> series = encoding_series(lo, hi, 1);
+  std::vector<uint32_t> bits = new_bits(resolved, series.size());
+  return make_named(resolved, lo, hi, std::move(series), std::move(bits));
+}
+
+ExprImpl make_varint_with_vars(const char* name, const coeff_t& lo, const coeff_t& hi,
+                               std::vector<coeff_t> coeffs, std::vector<uint32_t> vars) {
+  return make_named(resolve_name(name), lo, hi, std::move(coeffs), std::move(vars));
+}
+
+const VarIntRecord& varint_record(uint32_t attr) {
+  if (!is_varint_attr(attr)) {
+    fatal("VarInt accessor called on a value that is not a VarInt (plain Expr or ExprExpr).");
+  }
+  if (attr >= varint_set().size()) {
+    fatal(
+        "VarInt accessor called on a value that is no longer a VarInt "
+        "(e.g. after vi += 1, vi.sqr()).");
+  }
+  return varint_set()[attr];
+}
+
+uint64_t varint_record_count() { return varint_set().size(); }
+
+std::vector<bool> decompose(const VarIntRecord& record, const coeff_t& value) {
+  std::vector<bool> bits(record.vars.size());
+  coeff_t rest = value - record.min;
+  for (size_t i = bits.size(); i-- > 0;) {
+    bits[i] = rest >= record.coeffs[i];
+    if (bits[i]) rest -= record.coeffs[i];
+  }
+  return bits;
+}
+
+void replace_polynomial(ExprImpl& element, const ExprImpl& e) {
+  const uint32_t attr = element.attr;
+  element = e;
+  element.attr = attr;
+}
+
+}  // namespace zorv

@@ -1,0 +1,149 @@
+#include "solvers/int_search.h"
+
+#include <cassert>
+#include <condition_variable>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "core/fatal.h"
+#include "solvers/host_info.h"
+#include "solvers/search_bounds.h"
+#include "solvers/search_core.h"
+#include "solvers/search_params.h"
+#include "solvers/search_worker.h"
+
+namespace zorv {
+
+namespace {
+
+constexpr std::chrono::milliseconds kPollPeriod{20};
+
+void check_hint(const ModelImpl& model, const IntSearchOpts& opts, const coeff_t* hint_ints,
+                uint64_t hint_int_count) {
+  if (hint_int_count != model.int_lo.size()) {
+    fatal(opts.solver_name, ": hint integer-variable count mismatch.");
+  }
+  for (size_t j = 0; j < model.int_lo.size(); ++j) {
+    if (hint_ints[j] < model.int_lo[j] || model.int_hi[j] < hint_ints[j]) {
+      fatal(opts.solver_name, ": hint value outside the integer variable's bounds.");
+    }
+  }
+}
+
+// The threads of a search, joined when they go out of scope. The calling thread waits in short
+// turns, because it also serves the timer.
+class WorkerThreads {
+ public:
+  WorkerThreads(IntSearchCore& core, const std::function<void(uint32_t)>& work)
+      : core_(core), work_(work) {}
+  ~WorkerThreads() {
+    for (std::thread& thread : threads_) thread.join();
+  }
+
+  void run(uint32_t count) try {
+    running_ = count;
+    for (uint32_t t = 0; t < count; ++t) {
+      threads_.emplace_back([this, t] {
+        work_(t);
+        const std::lock_guard lock(mutex_);
+        if (--running_ == 0) finished_.notify_one();
+      });
+    }
+    std::unique_lock lock(mutex_);
+    while (!finished_.wait_for(lock, kPollPeriod, [this] { return running_ == 0; })) {
+      lock.unlock();
+      core_.serve_timer();
+      lock.lock();
+    }
+  } catch (...) {
+    // A thread that cannot be started is the caller's to hear about, after the others have ended.
+    core_.stop.store(1, std::memory_order_relaxed);
+    throw;
+  }
+
+ private:
+  IntSearchCore& core_;
+  const std::function<void(uint32_t)>& work_;
+  std::vector<std::thread> threads_;
+  std::mutex mutex_;
+  std::condition_variable finished_;
+  uint32_t running_ = 0;  // guarded by mutex_
+};
+
+void run_workers(IntSearchCore& core, const std::function<void(uint32_t)>& work) {
+  if (core.opts.threads < 2 && core.opts.callback == nullptr) {
+    work(0);
+  } else {
+    WorkerThreads(core, work).run(core.opts.threads);
+  }
+}
+
+// The incremental energies of the best state must come to what the definition says.
+void check_best(const IntSearchCore& core) {
+  if (!core.has_best) {
+    fatal(core.opts.solver_name, ": internal error — integer engine produced no solution.");
+  }
+  const std::vector<uint64_t> words = words_of(core.model, core.best_state);
+  const std::vector<coeff_t> ints = ints_of(core.model, core.best_state);
+  if (full_energy(core.model, words.data(), ints.data()) != core.best_energy) {
+    fatal(core.opts.solver_name,
+          ": internal error — best-state energy mismatch in integer engine.");
+  }
+}
+
+SearchResult make_result(const IntSearchCore& core) {
+  const ModelImpl& model = core.model;
+  SearchResult result;
+  result.energy = core.best_energy;
+  result.tts = core.best_tts;
+  result.scale = model.scale;
+  result.bits = words_of(model, core.best_state);
+  result.ints = ints_of(model, core.best_state);
+  for (const PoolEntry& entry : core.pool.entries()) {
+    result.topk.push_back(
+        {entry.energy, entry.tts, words_of(model, entry.state), ints_of(model, entry.state)});
+  }
+  add_run_time(result, core.elapsed_seconds());
+  add_info(result, "threads", std::to_string(core.opts.threads));
+  add_info(result, "rounds", std::to_string(core.rounds.load()));
+  add_info(result, "proposals", std::to_string(core.proposals.load()));
+  add_info(result, "engine", "integer-cpu");
+  add_host_info(result);
+  return result;
+}
+
+template <typename Number>
+SearchResult search_with(const ModelImpl& model, const IntSearchOpts& opts) {
+  const SearchTables<Number> tables(model);
+  IntSearchCore core(model, opts);
+  core.fire_start_event();
+  run_workers(core, [&](uint32_t thread) { SearchWorker<Number>(core, tables, thread).run(); });
+  check_best(core);
+  return make_result(core);
+}
+
+}  // namespace
+
+SearchResult run_int_search(const ModelImpl& model, IntSearchOpts opts, const ParamPair* params,
+                            const uint64_t* hint_bits, const coeff_t* hint_ints,
+                            uint64_t hint_int_count) {
+  opts.seed = default_seed();
+  opts.threads = default_thread_count();
+  read_search_params(params, opts);
+  if (hint_bits != nullptr) {
+    check_hint(model, opts, hint_ints, hint_int_count);
+    opts.hint_bits = hint_bits;
+    opts.hint_ints = hint_ints;
+  }
+  return easy_int_search(model, opts);
+}
+
+SearchResult easy_int_search(const ModelImpl& model, const IntSearchOpts& opts) {
+  assert(!model.variables.empty() || !model.int_lo.empty());
+  const bool is_wide = opts.force_wide_numbers || !fits_machine_integers(model);
+  return is_wide ? search_with<coeff_t>(model, opts) : search_with<int64_t>(model, opts);
+}
+
+}  // namespace zorv

@@ -1,0 +1,208 @@
+// SearchState: one worker's assignment with all that makes the next move cheap: the body and the
+// penalty of every constraint, and the energy.
+//
+// A move of one variable costs the terms and constraints that hold it and nothing else. What it
+// would do is computed by move_delta, which leaves the new bodies and penalties in scratch rows
+// next to the variable's entries; apply_move then only copies them.
+#pragma once
+
+#include <algorithm>
+#include <cassert>
+#include <cstdint>
+#include <vector>
+
+#include "constraints/violation.h"
+#include "solvers/search_tables.h"
+
+namespace zorv {
+
+// Violations without a branch for machine integers: on which side of an end a body lies is as good
+// as random.
+inline int64_t band_violation(const ConsRecord<int64_t>& c, int64_t body) {
+  return std::max(std::max(c.lo - body, body - c.hi), int64_t{0});
+}
+inline int64_t gap_violation(const ConsRecord<int64_t>& c, int64_t body) {
+  return std::max(std::min(body - c.lo, c.hi - body), int64_t{0});
+}
+
+inline coeff_t band_violation(const ConsRecord<coeff_t>& c, const coeff_t& body) {
+  return distance(body, c.lo, c.hi);
+}
+inline coeff_t gap_violation(const ConsRecord<coeff_t>& c, const coeff_t& body) {
+  if (body <= c.lo || c.hi <= body) return 0;
+  return std::min(coeff_t(body - c.lo), coeff_t(c.hi - body));
+}
+
+inline int64_t penalty_for(const ConsRecord<int64_t>& c, int64_t violation) {
+  return violation * (c.once + c.squared * violation);
+}
+inline coeff_t penalty_for(const ConsRecord<coeff_t>& c, coeff_t violation) {
+  if (!is_zero(violation)) violation *= c.once + c.squared * violation;
+  return violation;
+}
+
+template <typename Number>
+class SearchState {
+ public:
+  SearchState(const ModelImpl& model, const SearchTables<Number>& tables);
+
+  // Values of all variables, binary ones first. Whoever changes them calls evaluate() before the
+  // next move.
+  std::vector<Number> x;
+
+  const Number& energy() const { return energy_; }
+  const Number& body(size_t constraint) const { return constraints_[constraint].body; }
+
+  // Takes bodies, penalties and the energy from x, from the definition.
+  void evaluate();
+  // The change of the energy if variable i took `value`; changes nothing but the scratch rows.
+  Number move_delta(uint32_t i, const Number& value);
+  // Makes the move that the last call of move_delta looked at, with its result.
+  void apply_move(uint32_t i, const Number& value, const Number& delta);
+
+ private:
+  Number penalty_at(const ConsRecord<Number>& c, const Number& body) const;
+  Number change(const PartRow<Number>& part, const Number& from, const Number& to) const;
+  Number product_change(const PartRow<Number>& part, const Number& from, const Number& to) const;
+
+  const ModelImpl& model_;
+  const SearchTables<Number>& tables_;
+  std::vector<ConsRecord<Number>> constraints_;
+  // For each constraint of the variable, simple ones first. Two arrays, so that what is stored as
+  // one word is loaded as one word.
+  std::vector<Number> pending_bodies_, pending_penalties_;
+  Number energy_{0};
+};
+
+template <typename Number>
+SearchState<Number>::SearchState(const ModelImpl& model, const SearchTables<Number>& tables)
+    : x(tables.variable_count, Number(0)),
+      model_(model),
+      tables_(tables),
+      constraints_(tables.constraints) {
+  uint64_t longest = 0;
+  for (const VariableRow<Number>& row : tables.variables) {
+    longest = std::max(longest, row.gaps_end - row.bands_begin + row.others_end - row.others_begin);
+  }
+  pending_bodies_.resize(longest);
+  pending_penalties_.resize(longest);
+}
+
+template <typename Number>
+void SearchState<Number>::evaluate() {
+  const std::vector<coeff_t> state(x.begin(), x.end());
+  const std::vector<uint64_t> words = words_of(model_, state);
+  const std::vector<coeff_t> ints = ints_of(model_, state);
+  for (size_t c = 0; c < constraints_.size(); ++c) {
+    ConsRecord<Number>& record = constraints_[c];
+    record.body = number_from<Number>(body_value(model_.native_cons[c], words.data(), ints.data()));
+    record.penalty = penalty_at(record, record.body);
+  }
+  energy_ = number_from<Number>(full_energy(model_, words.data(), ints.data()));
+}
+
+template <typename Number>
+Number SearchState<Number>::penalty_at(const ConsRecord<Number>& c, const Number& body) const {
+  switch (c.shape) {
+    case ConsShape::kBand:
+      return penalty_for(c, band_violation(c, body));
+    case ConsShape::kGap:
+      return penalty_for(c, gap_violation(c, body));
+    case ConsShape::kSet:
+      break;
+  }
+  return penalty_for(c, distance_to_set(body, tables_.sets[c.set]));
+}
+
+template <typename Number>
+inline Number SearchState<Number>::change(const PartRow<Number>& part, const Number& from,
+                                          const Number& to) const {
+  Number slope = part.linear;
+  for (uint64_t k = part.quadratic_begin; k < part.quadratic_end; ++k) {
+    const QuadraticEntry<Number>& entry = tables_.quadratics[k];
+    slope += entry.coeff * x[entry.other];
+  }
+  slope *= to - from;
+  if (part.product_begin != part.product_end) slope += product_change(part, from, to);
+  return slope;
+}
+
+template <typename Number>
+Number SearchState<Number>::product_change(const PartRow<Number>& part, const Number& from,
+                                           const Number& to) const {
+  Number sum(0);
+  for (uint64_t k = part.product_begin; k < part.product_end; ++k) {
+    const ProductEntry<Number>& entry = tables_.products[k];
+    Number product = entry.coeff;
+    for (uint64_t f = entry.factors_begin; f < entry.factors_end && product != 0; ++f) {
+      const uint32_t factor = tables_.factors[f];
+      const Number& value = x[identity_of(factor)];
+      product *= is_negated(factor) ? Number(1 - value) : value;
+    }
+    if (product == 0) continue;
+    Number was = from, is = to;
+    for (uint32_t p = 1; p < entry.power; ++p) {
+      was *= from;
+      is *= to;
+    }
+    sum += product * (is - was);
+  }
+  return sum;
+}
+
+template <typename Number>
+inline Number SearchState<Number>::move_delta(uint32_t i, const Number& value) {
+  const VariableRow<Number>& row = tables_.variables[i];
+  const Number from = x[i];
+  const Number step = value - from;
+  Number delta = change(tables_.objective[i], from, value);
+  uint64_t p = 0;
+  const auto enter = [&](const ConsRecord<Number>& record, Number body, Number penalty) {
+    delta += penalty - record.penalty;
+    pending_bodies_[p] = std::move(body);
+    pending_penalties_[p] = std::move(penalty);
+    ++p;
+  };
+  const SimpleBodyEntry<Number>* const simple = tables_.simple_bodies.data();
+  for (uint64_t k = row.bands_begin; k < row.gaps_begin; ++k) {
+    const ConsRecord<Number>& record = constraints_[simple[k].cons];
+    Number body = record.body + simple[k].coeff * step;
+    Number penalty = penalty_for(record, band_violation(record, body));
+    enter(record, std::move(body), std::move(penalty));
+  }
+  for (uint64_t k = row.gaps_begin; k < row.gaps_end; ++k) {
+    const ConsRecord<Number>& record = constraints_[simple[k].cons];
+    Number body = record.body + simple[k].coeff * step;
+    Number penalty = penalty_for(record, gap_violation(record, body));
+    enter(record, std::move(body), std::move(penalty));
+  }
+  for (uint64_t k = row.others_begin; k < row.others_end; ++k) {
+    const OtherBodyEntry<Number>& entry = tables_.other_bodies[k];
+    const ConsRecord<Number>& record = constraints_[entry.cons];
+    Number body = record.body + change(entry.part, from, value);
+    Number penalty = penalty_at(record, body);
+    enter(record, std::move(body), std::move(penalty));
+  }
+  return delta;
+}
+
+template <typename Number>
+inline void SearchState<Number>::apply_move(uint32_t i, const Number& value, const Number& delta) {
+  const VariableRow<Number>& row = tables_.variables[i];
+  uint64_t p = 0;
+  const auto settle = [&](ConsRecord<Number>& record) {
+    record.body = pending_bodies_[p];
+    record.penalty = pending_penalties_[p];
+    ++p;
+  };
+  for (uint64_t k = row.bands_begin; k < row.gaps_end; ++k) {
+    settle(constraints_[tables_.simple_bodies[k].cons]);
+  }
+  for (uint64_t k = row.others_begin; k < row.others_end; ++k) {
+    settle(constraints_[tables_.other_bodies[k].cons]);
+  }
+  x[i] = value;
+  energy_ += delta;
+}
+
+}  // namespace zorv

@@ -1,0 +1,372 @@
+#include "core/attr_rules.h"
+
+#include <functional>
+#include <type_traits>
+
+#include "constraints/declare.h"
+#include "constraints/describe.h"
+#include "core/simplify.h"
+
+namespace zorv::test {
+namespace {
+
+// One export, applied to an expression; what it leaves there or makes of it is the result.
+struct Operation {
+  const char* call;
+  std::function<Handle(const Handle&)> apply;
+};
+
+template <typename F>
+Operation operation(const char* call, F f) {
+  return {call, [f](const Handle& e) -> Handle {
+            if constexpr (std::is_void_v<decltype(f(e))>) {
+              return f(e), clone(e);
+            } else {
+              return f(e);
+            }
+          }};
+}
+
+#define OP(...) operation(#__VA_ARGS__, [&](zorv_expr* e) { return __VA_ARGS__; })
+
+// Every export of the arithmetic meets every kind of expression.
+class AttrTable : public ::testing::Test {
+ protected:
+  const uint32_t x = fresh("x"), y = fresh("y"), z = fresh("z");
+  const ExprImpl g = var(fresh("g")), h = var(fresh("h"));
+  const Handle plain_y{2 * var(y)};
+  const Handle one_h = classic(var(x), h);
+  const Handle declared_h = between(h, 0, 1);
+  const Handle varint = zorv_varintelem_create("n", Wire(0), Wire(1));
+  zorv_term* const term = zorv_term_create_var(Wire(2), y);  // as are the terms given by parts
+  const uint64_t head_y = y | uint64_t{kNoLiteral} << 32;
+  const Wire zero{0}, one{1}, two{2}, minus_one{-1};
+
+  ~AttrTable() override { zorv_term_destroy(term); }
+
+  // All but the VarInt have the polynomial x; the sums have an item and a remainder each.
+  Handle operand(int kind) const {
+    Handle e = kind == 1 ? clone(varint) : Handle(var(x));
+    if (kind == 2 || kind == 3) e = classic(var(x), g);
+    if (kind == 3) zorv_expr_imul_int(e, Wire(3)), zorv_expr_iadd_var(e, z);
+    if (kind == 4) zorv_expr_iadd_expr(e, between(g, 0, 1));
+    if (kind == 4) zorv_expr_iadd_expr(e, Handle(zorv_cons_mark(Handle(var(z)))));
+    return e;
+  }
+
+  // What becomes of the tag of each kind; "kept" is the tag as it was, "abort" goes before a text.
+  struct Outcome {
+    std::string of_plain, of_varint, of_one, of_classic, of_declared;
+  };
+  const Outcome kKeptIfDeclared = {"plain", "plain", "plain", "plain", "kept"};
+
+  void check(const std::vector<Operation>& operations, const Outcome& outcome) const {
+    const std::string expected[] = {outcome.of_plain, outcome.of_varint, outcome.of_one,
+                                    outcome.of_classic, outcome.of_declared};
+    for (const Operation& op : operations) {
+      for (int kind = 0; kind < 5; ++kind) check(op, kind, expected[kind]);
+    }
+  }
+
+ private:
+  void check(const Operation& op, int kind, const std::string& expected) const {
+    SCOPED_TRACE(std::string(op.call) + ", kind " + std::to_string(kind));
+    const Handle e = operand(kind);
+    if (expected.rfind("abort ", 0) == 0) {
+      EXPECT_FATAL(op.apply(e), expected.substr(6));
+      return;
+    }
+    const uint32_t before = e.attr();
+    const Handle untagged = plain_copy(unwrap(e));
+    const Handle result = op.apply(e);
+    EXPECT_EQ(result.attr() == before && expected == "kept" ? "kept" : describe(result), expected);
+    EXPECT_EQ(result.polynomial(), op.apply(untagged).polynomial());  // no tag changes it
+  }
+};
+
+TEST_F(AttrTable, AdditionOfAPlainOperandFeedsClassicConstraints) {
+  const std::string classic_one = "classic 1[g] rest [2*y]",
+                    classic_sum = "classic 3[g] rest [z +2*y]";
+  check({OP(zorv_expr_iadd_term(e, term)), OP(zorv_expr_iadd_term_move(e, zorv_term_clone(term))),
+         OP(zorv_expr_iadd_raw_term(e, two, &y, 1)), OP(zorv_expr_iadd_expr(e, plain_y))},
+        {"plain", "plain", classic_one, classic_sum, "kept"});
+  check({OP(zorv_expr_clone_add_term(e, term)), OP(zorv_expr_clone_add_expr(e, plain_y))},
+        {"plain", "plain", classic_one, classic_sum, "declared 1[g] rest [z]"});
+  check({OP(zorv_expr_iadd_var(e, y))},
+        {"plain", "plain", "classic 1[g] rest [y]", "classic 3[g] rest [z +y]", "kept"});
+  check({OP(zorv_expr_iadd_expr(e, varint))},
+        {"plain", "plain", "classic 1[g] rest [n]", "classic 3[g] rest [z +n]", "kept"});
+}
+
+TEST_F(AttrTable, OtherAdditionsAndAllSubtractionsOnlyKeepDeclaredConstraints) {
+  const uint32_t degree = 1;
+  const CoeffWire* const c = two;
+  check({OP(zorv_expr_iadd_move_term(e, two, head_y, 0)), OP(zorv_expr_iadd_int(e, zero)),
+         OP(zorv_expr_iadd_int(e, two)), OP(zorv_expr_clone_add_int(e, two)),
+         OP(zorv_expr_iadd_terms_bulk(e, zero, 1, c, &degree, &y)),
+         OP(zorv_expr_clone_add_var(e, y))},
+        kKeptIfDeclared);
+  check({OP(zorv_expr_isub_int(e, zero)), OP(zorv_expr_isub_var(e, y)),
+         OP(zorv_expr_isub_term(e, term)), OP(zorv_expr_isub_raw_term(e, two, &y, 1)),
+         OP(zorv_expr_isub_move_term(e, two, head_y, 0)), OP(zorv_expr_isub_expr(e, plain_y)),
+         OP(zorv_expr_isub_expr(e, varint)), OP(zorv_expr_isub_expr(e, one_h)),
+         OP(zorv_expr_clone_sub_int(e, zero)), OP(zorv_expr_clone_sub_var(e, y)),
+         OP(zorv_expr_clone_sub_term(e, term)), OP(zorv_expr_clone_sub_expr(e, plain_y)),
+         OP(zorv_expr_clone_sub_expr(e, one_h))},
+        kKeptIfDeclared);
+  check({OP(zorv_expr_clone_add_int(e, zero))}, {"plain", "plain", "kept", "kept", "kept"});
+}
+
+TEST_F(AttrTable, ConstraintsOfBothSidesAreJoined) {
+  const std::string mix = std::string("abort ") + kMixText;
+  check({OP(zorv_expr_iadd_expr(e, one_h)), OP(zorv_expr_clone_add_expr(e, one_h))},
+        {"classic 1[h] rest [x]", "classic 1[h] rest [n]", "classic 1[g] 1[h]",
+         "classic 3[g] 1[h] rest [z]", mix});
+  check({OP(zorv_expr_iadd_expr(e, declared_h)), OP(zorv_expr_clone_add_expr(e, declared_h))},
+        {"declared 1[h]", "declared 1[h]", mix, mix, "declared 1[g] 1[h] rest [z]"});
+  check({OP(zorv_expr_isub_expr(e, declared_h)), OP(zorv_expr_clone_sub_expr(e, declared_h))},
+        {"declared -1[h]", "declared -1[h]", mix, mix, "declared 1[g] -1[h] rest [z]"});
+}
+
+TEST_F(AttrTable, IntegerFactorsScale) {
+  const std::string minus = "declared -1[g] rest [-z]";
+  check({OP(zorv_expr_imul_int(e, two)), OP(zorv_expr_clone_mul_int(e, two))},
+        {"plain", "plain", "classic 2[g]", "classic 6[g] rest [2*z]", "declared 2[g] rest [2*z]"});
+  check({OP(zorv_expr_imul_int(e, one)), OP(zorv_expr_clone_mul_int(e, one))},
+        {"plain", "plain", "classic 1[g]", "classic 3[g] rest [z]", "declared 1[g] rest [z]"});
+  check({OP(zorv_expr_imul_int(e, minus_one)), OP(zorv_expr_clone_mul_int(e, minus_one)),
+         OP(zorv_expr_negate(e))},
+        {"plain", "plain", "plain", "plain", minus});
+  check({OP(zorv_expr_imul_int(e, zero)), OP(zorv_expr_clone_mul_int(e, zero))},
+        {"plain", "plain", "plain", "plain", std::string("abort ") + kZeroText});
+}
+
+TEST_F(AttrTable, OtherProductsRefuseDeclaredConstraints) {
+  const auto cleared_or = [](const char* op) -> Outcome {
+    return {"plain", "plain", "plain", "plain", "abort " + guard_text(op)};
+  };
+  check({OP(zorv_expr_imul_var(e, y))}, cleared_or("*= var"));
+  check({OP(zorv_expr_imul_term_direct(e, two, head_y, nullptr))}, cleared_or("*= term"));
+  check({OP(zorv_expr_imul_expr(e, plain_y)), OP(zorv_expr_imul_expr(e, one_h))},
+        cleared_or("*= expr"));
+  check({OP(zorv_expr_mul_expr(e, plain_y)), OP(zorv_expr_mul_expr(plain_y, e))},
+        cleared_or("* expr"));
+  check({OP(zorv_expr_sqr(e))}, cleared_or("sqr"));
+  check({OP(zorv_expr_idiv_int(e, one))}, cleared_or("/="));
+
+  const std::string by_zero = "abort Division by zero", right = "abort " + guard_text("* expr");
+  check({OP(zorv_expr_idiv_int(e, zero))},  // the constraints are looked at first
+        {by_zero, by_zero, by_zero, by_zero, "abort " + guard_text("/=")});
+  check({OP(zorv_expr_imul_expr(e, declared_h))},  // and the left side before the right
+        {right, right, right, right, "abort " + guard_text("*= expr")});
+}
+
+TEST_F(AttrTable, CopiesKeepAndSimplificationsRenew) {
+  check({OP(zorv_expr_clone(e)), OP(zorv_exprexprelem_clone(e))},
+        {"kept", "kept", "kept", "kept", "kept"});
+  check({OP(zorv_expr_simplify(e)), OP(zorv_expr_simplify_as_binary(e))},
+        {"kept", "kept", "one [g]", "classic 3[g] rest [z]", "declared 1[g] rest [z]"});
+}
+
+#undef OP
+
+// Sharing ---------------------------------------------------------------------------------------
+
+bool is_shared(const Handle& e) { return constraint_sum(attr_index(e.attr())).shared; }
+
+class Sharing : public ::testing::Test {
+ protected:
+  const ExprImpl g = var(fresh("g")), h = var(fresh("h")), y = var(fresh("y"));
+
+  Handle declared_g() const { return between(g, 0, 1); }
+  // A sum of which no copy was made.
+  Handle classic_sum() const {
+    Handle sum = classic(y, g);
+    zorv_expr_imul_int(sum, Wire(2));
+    return sum;
+  }
+};
+
+TEST_F(Sharing, AnUnsharedSumIsExtendedItself) {
+  const Handle declared = declared_g(), sum = classic_sum();
+  const uint32_t attr = declared.attr(), sum_attr = sum.attr();
+  zorv_expr_iadd_expr(declared, between(h, 0, 1));
+  EXPECT_EQ(declared.attr(), attr);
+  EXPECT_EQ(describe(attr), "declared 1[g] 1[h]");
+  zorv_expr_iadd_expr(sum, classic(y, h));
+  zorv_expr_iadd_var(sum, y.list.first.vars[0]);
+  EXPECT_EQ(sum.attr(), sum_attr);
+  EXPECT_EQ(describe(sum_attr), "classic 2[g] 1[h] rest [y]");
+}
+
+TEST_F(Sharing, ACopyAndItsSourceNeverChangeEachOther) {
+  for (const bool change_copy : {false, true}) {
+    const Handle source = declared_g(), copy = clone(source);
+    EXPECT_TRUE(is_shared(source));
+    const Handle& changed = change_copy ? copy : source;
+    const Handle& other = change_copy ? source : copy;
+    zorv_expr_iadd_expr(changed, between(h, 0, 1));
+    EXPECT_EQ(describe(changed), "declared 1[g] 1[h]");
+    EXPECT_EQ(describe(other), "declared 1[g]");
+    EXPECT_FALSE(is_shared(changed));  // its sum is new
+  }
+}
+
+TEST_F(Sharing, EveryWayOfCopyingMarksTheSum) {
+  const Handle a = declared_g(), b = declared_g(), c = declared_g(), d = declared_g();
+  ExprImpl assigned = var(fresh());
+  assigned = unwrap(a);
+  EXPECT_TRUE(is_shared(a));
+  const Handle marked = zorv_cons_mark(b);
+  EXPECT_EQ(marked.attr(), b.attr());
+  EXPECT_TRUE(is_shared(b));
+  const Handle taken = zorv_expr_create();
+  zorv_expr_iadd_expr(taken, c);
+  EXPECT_EQ(taken.attr(), c.attr());
+  EXPECT_TRUE(is_shared(c));
+  const ExprImpl moved = std::move(unwrap(d));
+  EXPECT_FALSE(constraint_sum(attr_index(moved.attr)).shared);
+}
+
+TEST_F(Sharing, AddingAnExpressionToItselfDoublesItsConstraints) {
+  const Handle declared = declared_g(), sum = classic_sum();
+  zorv_expr_iadd_var(sum, y.list.first.vars[0]);
+  zorv_expr_iadd_expr(declared, declared);
+  zorv_expr_iadd_expr(sum, sum);
+  EXPECT_EQ(describe(declared), "declared 1[g] 1[g]");
+  EXPECT_EQ(describe(sum), "classic 2[g] 2[g] rest [y +y]");
+  const Handle difference = declared_g();
+  zorv_expr_isub_expr(difference, difference);
+  EXPECT_EQ(describe(difference), "declared 1[g] -1[g]");
+}
+
+TEST_F(Sharing, ASumMayTakeInItsOwnParts) {
+  const Handle sum = classic_sum();
+  zorv_expr_iadd_var(sum, y.list.first.vars[0]);
+  ASSERT_TRUE(append_to_sum(attr_index(sum.attr()), parts_of(sum.attr())));
+  EXPECT_EQ(describe(sum), "classic 2[g] 2[g] rest [y +y]");
+}
+
+TEST_F(Sharing, PlainOperandsOfDeclaredConstraintsChangeAtMostTheNumber) {
+  const Handle e = declared_g(), copy = clone(e), plain = plain_copy(y);
+  const uint32_t attr = e.attr();
+  zorv_expr_iadd_var(e, y.list.first.vars[0]);
+  EXPECT_EQ(e.attr(), attr);
+  zorv_expr_iadd_expr(e, plain);  // the shared sum refuses, also when there is nothing to add
+  EXPECT_NE(e.attr(), attr);
+  EXPECT_EQ(describe(e), "declared 1[g]");
+}
+
+// Zero polynomials ------------------------------------------------------------------------------
+
+class ZeroPolynomials : public Sharing {};
+
+TEST_F(ZeroPolynomials, OnlyAnEmptyPlainLeftSideTakesATagOver) {
+  const Handle constraint = classic(y, g),
+               zero_varint = zorv_varintelem_create("n", Wire(0), Wire(0));
+  Handle zero = zorv_expr_create();
+  zorv_expr_iadd_expr(zero, constraint);
+  EXPECT_EQ(zero.attr(), constraint.attr());
+
+  zorv_expr_iadd_expr(zero_varint, constraint);
+  EXPECT_EQ(describe(zero_varint), "classic 1[g] rest [0]");
+  zero = zorv_expr_create();
+  const Handle sum = zorv_expr_clone_add_expr(zero, constraint);
+  EXPECT_EQ(describe(sum), "classic 1[g] rest [0]");
+  EXPECT_EQ(zorv_expr_has_body(sum), 0);
+  EXPECT_EQ(zorv_cons_item_count(sum), 2u);
+}
+
+TEST_F(ZeroPolynomials, AnEntryWithCoefficientZeroIsNoEmptySide) {
+  const Handle zeroed = var(fresh("a")) + var(fresh("b"));
+  zorv_expr_imul_int(zeroed, Wire(0));
+  zorv_expr_iadd_expr(zeroed, classic(y, g));
+  EXPECT_EQ(describe(zeroed).substr(0, 18), "classic 1[g] rest ");
+}
+
+TEST_F(ZeroPolynomials, AZeroRemainderIsStillARemainder) {
+  const Handle constraint = classic(y, g);
+  zorv_expr_iadd_expr(constraint, Handle(zorv_expr_create()));
+  EXPECT_EQ(describe(constraint), "classic 1[g] rest [0]");
+
+  const Handle cancelled = classic(y, g);
+  zorv_expr_iadd_expr(cancelled, Handle(plain_copy(y - y)));
+  const Handle simplified = zorv_expr_simplify(cancelled);
+  EXPECT_EQ(describe(simplified), "classic 1[g] rest [0]");
+}
+
+// The rules themselves --------------------------------------------------------------------------
+
+TEST(Simplification, CarriesBoundsSetAndShapeToNewEntries) {
+  const ExprImpl x = var(fresh("x")), y = var(fresh("y"));
+  const Handle set = zorv_abs_term(borrow(x * x + y + x), 1);
+  const Handle source = 5 * y;
+  zorv_expr_iadd_expr(source, set);
+  zorv_expr_iadd_expr(source, between(y + y, -3, 8));
+  zorv_expr_iadd_expr(source, Handle(zorv_cons_mark(borrow(x * x + x))));
+  const Handle simplified = zorv_expr_simplify_as_binary(source);
+  EXPECT_EQ(describe(source), "declared 1[x*x +y +x] 1[y +y] rest [x*x +x]");
+  EXPECT_EQ(describe(simplified), "declared 1[2*x +y] 1[2*y] rest [2*x]");
+
+  const ConstraintSum& old_sum = constraint_sum(attr_index(source.attr()));
+  const ConstraintSum& new_sum = constraint_sum(attr_index(simplified.attr()));
+  for (size_t i = 0; i < 2; ++i) {
+    const ExprExpr& before = expr_expr(old_sum.items[i].index);
+    const ExprExpr& after = expr_expr(new_sum.items[i].index);
+    EXPECT_NE(&before, &after);
+    EXPECT_TRUE(is_canonical(*after.body));
+    EXPECT_TRUE(after.has_bounds);
+    EXPECT_EQ(after.lo, before.lo);
+    EXPECT_EQ(after.hi, before.hi);
+    EXPECT_EQ(after.shape_k, before.shape_k);
+    EXPECT_EQ(after.shape_kind, before.shape_kind);
+  }
+  EXPECT_FALSE(new_sum.shared);
+}
+
+TEST(Simplification, GivesASingleConstraintAnEntryOfItsOwn) {
+  const ExprImpl x = var(fresh("x"));
+  const Handle source = classic(x + x, x + x - 1);
+  zorv_exprexpr_set_allowed(source, Wire(4), Wire(6), 1);
+  const Handle simplified = zorv_expr_simplify(source);
+  EXPECT_EQ(simplified.polynomial(), "2*x");
+  EXPECT_EQ(describe(simplified), "one [-1 +2*x]");
+  zorv_exprexpr_set_bounds(simplified, Wire(-9), Wire(9));
+  const ExprExpr& old_entry = expr_expr(attr_index(source.attr()));
+  EXPECT_EQ(old_entry.hi, 6);
+  EXPECT_EQ(expr_expr(attr_index(simplified.attr())).allowed, old_entry.allowed);
+}
+
+TEST(Scale, WeightsAndRemaindersAreExact) {
+  const ExprImpl g = var(fresh("g")), z = var(fresh("z"));
+  const coeff_t big = (coeff_t(1) << 130) + 1;
+  const Handle e = between(g, 0, 1);
+  zorv_expr_iadd_expr(e, Handle(zorv_cons_mark(borrow(z))));
+  zorv_expr_imul_int(e, Wire(-big));
+  zorv_expr_imul_int(e, Wire(big));
+  const std::string square = coeff_t(big * big).str();
+  EXPECT_EQ(describe(e), "declared -" + square + "[g] rest [-" + square + "*z]");
+}
+
+TEST(Scale, ByZeroDropsObjectiveTermsAlone) {
+  const ExprImpl f = var(fresh("f"));
+  const Handle e = zorv_abs_term(borrow(f), 1);
+  zorv_expr_iadd_expr(e, Handle(zorv_relu_term(borrow(f), 2)));
+  const Handle nothing = zorv_expr_clone_mul_int(e, Wire(0));
+  EXPECT_EQ(describe(nothing), "plain");
+  const Handle with_rest = clone(e);
+  zorv_expr_iadd_expr(with_rest, Handle(zorv_cons_mark(borrow(f))));
+  EXPECT_FATAL(zorv_expr_imul_int(with_rest, Wire(0)), kZeroText);
+  zorv_expr_iadd_expr(e, between(f, 0, 1));
+  EXPECT_FATAL(zorv_expr_imul_int(e, Wire(0)), kZeroText);
+}
+
+TEST(Combine, AnAbsentPolynomialAddsNothing) {
+  const Handle one = classic(var(fresh()), var(fresh("g")));
+  EXPECT_EQ(describe(combine(one.attr(), nullptr, kPlainAttr, nullptr, false)), "classic 1[g]");
+  EXPECT_EQ(describe(combine(kPlainAttr, nullptr, one.attr(), nullptr, false)), "classic 1[g]");
+  EXPECT_EQ(combine(kPlainAttr, nullptr, 7, nullptr, true), kPlainAttr);
+}
+
+}  // namespace
+}  // namespace zorv::test

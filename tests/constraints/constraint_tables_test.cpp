@@ -1,0 +1,97 @@
+#include "constraints/constraint_tables.h"
+
+#include <numeric>
+#include <thread>
+
+#include "constraints/declare.h"
+#include "constraints/describe.h"
+
+namespace zorv::test {
+namespace {
+
+TEST(ExprExprSet, StoresThePlainBody) {
+  ExprImpl body = var(fresh("x"));
+  body.attr = 3;
+  const ExprExpr& entry = expr_expr(add_expr_expr(body));
+  EXPECT_EQ(text(*entry.body), "x");
+  EXPECT_EQ(entry.body->attr, kPlainAttr);
+  EXPECT_FALSE(entry.has_bounds);
+  EXPECT_EQ(entry.shape_k, 2);
+  EXPECT_EQ(entry.shape_kind, 0);
+}
+
+TEST(ExprExprSet, AllowedValuesSetTheHull) {
+  const uint32_t i = add_expr_expr(ExprImpl());
+  const std::vector<Interval> allowed = {{3, 4}, {-7, -7}, {0, 9}, {12, 11}};
+  set_allowed(i, allowed);
+  EXPECT_TRUE(expr_expr(i).has_bounds);
+  EXPECT_EQ(expr_expr(i).lo, -7);
+  EXPECT_EQ(expr_expr(i).hi, 11);
+  EXPECT_EQ(expr_expr(i).allowed, allowed);  // in the given order, an empty interval too
+  set_bounds(i, -1, 1);
+  EXPECT_EQ(expr_expr(i).lo, -1);
+  EXPECT_EQ(expr_expr(i).allowed, allowed);
+}
+
+TEST(ExprExprSet, CopiesEverythingButTheBody) {
+  const uint32_t from = add_expr_expr(var(fresh("x"))), to = add_expr_expr(var(fresh("y")));
+  set_allowed(from, {{1, 2}, {5, 5}});
+  set_penalty_shape(from, 1, 1);
+  copy_metadata(to, from);
+  const ExprExpr& entry = expr_expr(to);
+  EXPECT_EQ(text(*entry.body), "y");
+  EXPECT_TRUE(entry.has_bounds);
+  EXPECT_EQ(entry.lo, 1);
+  EXPECT_EQ(entry.hi, 5);
+  EXPECT_EQ(entry.allowed.size(), 2u);
+  EXPECT_EQ(entry.shape_k, 1);
+  EXPECT_EQ(entry.shape_kind, 1);
+
+  copy_metadata(to, kMaxConstraintIndex);
+  copy_metadata(kMaxConstraintIndex, from);
+  EXPECT_EQ(entry.hi, 5);
+}
+
+TEST(ConstraintTables, RefuseIndicesBeyondTheirEnd) {
+  const uint32_t bad = kMaxConstraintIndex, good = add_expr_expr(ExprImpl());
+  EXPECT_FATAL(expr_expr(bad), "ExprExprSet: meta bad index");
+  EXPECT_FATAL(expr_expr(bad, "ExprExprSet: get_bounds bad index"),
+               "ExprExprSet: get_bounds bad index");
+  EXPECT_FATAL(set_bounds(bad, 0, 1), "ExprExprSet: set_bounds bad index");
+  EXPECT_FATAL(set_allowed(bad, {{0, 1}}), "ExprExprSet: set_allowed bad index");
+  EXPECT_FATAL(set_allowed(good, {}), "ExprExprSet: set_allowed empty set");
+  EXPECT_FATAL(set_penalty_shape(bad, 1, 1), "ExprExprSet: set_penalty_shape bad index");
+  EXPECT_FATAL(constraint_sum(bad), "ConstraintSumSet: bad index");
+  EXPECT_FATAL(mark_sum_shared(bad), "ConstraintSumSet: bad index");
+  EXPECT_FATAL(append_to_sum(bad, {}), "ConstraintSumSet: bad index");
+}
+
+// Threads build sums of their own, copy one that all of them read, and look at what they built.
+TEST(ConstraintTables, SeveralThreadsBuildConstraintsAtOnce) {
+  constexpr int kThreads = 4, kEach = 200;
+  const Handle common = between(var(fresh("c")), 0, 1);
+  const uint32_t x = fresh("x");
+  std::vector<int> wrong(kThreads);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      const Handle sum = clone(common);
+      for (int i = 0; i < kEach; ++i) {
+        zorv_expr_iadd_expr(sum, between(coeff_t(i + 1) * var(x), t, t + i));
+        wrong[t] += describe(classic(var(x), var(x))) != "one [x]";
+      }
+      const ConstraintSum& own = constraint_sum(attr_index(sum.attr()));
+      wrong[t] += own.items.size() != kEach + 1;
+      for (int i = 0; i < kEach; ++i) {
+        const ExprExpr& entry = expr_expr(own.items[i + 1].index);
+        wrong[t] += entry.lo != t || entry.hi != t + i || entry.body->list.first.coeff != i + 1;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(std::accumulate(wrong.begin(), wrong.end(), 0), 0);
+  EXPECT_EQ(describe(common), "declared 1[c]");
+}
+
+}  // namespace
+}  // namespace zorv::test

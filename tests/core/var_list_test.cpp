@@ -1,0 +1,105 @@
+#include "core/var_list.h"
+
+#include "reference/plain_poly.h"
+#include "support/support.h"
+
+namespace zorv::test {
+namespace {
+
+std::vector<uint32_t> numbers(uint32_t n, uint32_t from = 10) {
+  std::vector<uint32_t> v(n);
+  for (uint32_t i = 0; i < n; ++i) v[i] = from + i;
+  return v;
+}
+
+VarList list_of(const std::vector<uint32_t>& v) {
+  return {v.data(), static_cast<uint32_t>(v.size())};
+}
+
+void expect_list(const VarList& list, const std::vector<uint32_t>& expected) {
+  EXPECT_EQ(list.degree(), expected.size());
+  EXPECT_EQ(list.degree_capped_at_3(), std::min<size_t>(3, expected.size()));
+  std::vector<uint32_t> walked;
+  for (const uint32_t literal : list) walked.push_back(literal);
+  EXPECT_EQ(walked, expected);
+  for (uint32_t i = 0; i < expected.size(); ++i) EXPECT_EQ(list[i], expected[i]);
+  EXPECT_EQ(list, list_of(expected));
+}
+
+TEST(VarList, GrowsByOneLiteralAcrossTheInlineLimit) {
+  VarList list;
+  for (uint32_t n = 0; n < 20; ++n) {
+    expect_list(list, numbers(n));
+    list.append(10 + n);
+  }
+}
+
+TEST(VarList, CopiesMovesAndShrinksAtEveryDegree) {
+  for (uint32_t n = 0; n < 20; ++n) {
+    VarList list = list_of(numbers(n));
+    const VarList copy = list;
+    expect_list(copy, numbers(n));
+    VarList moved = std::move(list);
+    expect_list(moved, numbers(n));
+    expect_list(list, {});  // NOLINT(bugprone-use-after-move): a moved-from list is empty
+    list = copy;
+    list = *&list;
+    expect_list(list, numbers(n));
+    for (uint32_t kept = n; kept-- > 0;) {
+      list.shrink_to(kept);
+      expect_list(list, numbers(kept));
+    }
+    list.append(99);
+    expect_list(list, {99});
+  }
+}
+
+TEST(VarList, JoinsEveryPairOfDegrees) {
+  for (uint32_t a = 0; a < 8; ++a) {
+    for (uint32_t b = 0; b < 8; ++b) {
+      std::vector<uint32_t> joined = numbers(a);
+      const std::vector<uint32_t> second = numbers(b, 100);
+      joined.insert(joined.end(), second.begin(), second.end());
+      const VarList left = list_of(numbers(a)), right = list_of(second);
+      expect_list(VarList::concat(left, right), joined);
+      VarList grown = left;
+      grown.append(right);
+      expect_list(grown, joined);
+      grown.append(7);
+      joined.push_back(7);
+      expect_list(grown, joined);
+    }
+    VarList doubled = list_of(numbers(a));
+    doubled.append(doubled);
+    std::vector<uint32_t> twice = numbers(a);
+    twice.insert(twice.end(), twice.begin(), twice.begin() + a);
+    expect_list(doubled, twice);
+  }
+}
+
+TEST(VarList, TakesHeadPairsAndOverflowBlocks) {
+  const uint64_t full = 1 | uint64_t{2} << 32;
+  const uint64_t one = 1 | uint64_t{kNoLiteral} << 32;
+  const uint32_t three[] = {3, 4, 5, kNoLiteral};
+  const uint32_t none[] = {kNoLiteral};
+  expect_list(VarList::copy_of(full, three), {1, 2, 3, 4, 5});
+  expect_list(VarList::copy_of(full, none), {1, 2});
+  expect_list(VarList::copy_of(full, nullptr), {1, 2});
+  expect_list(VarList::copy_of(one, three), {1});  // only behind two filled slots
+  expect_list(VarList(kNoLiteral, 8), {8});
+  expect_list(VarList(8, kNoLiteral), {8});
+
+  auto* empty = static_cast<uint32_t*>(std::malloc(2 * sizeof(uint32_t)));
+  empty[0] = kNoLiteral;
+  VarList adopted = VarList::adopt(full, empty);
+  EXPECT_EQ(adopted.degree(), 2u);
+  EXPECT_EQ(adopted, VarList(1, 2));
+  EXPECT_EQ(VarList(adopted).overflow(), nullptr);
+  adopted.append(3);
+  EXPECT_EQ(adopted.overflow(), empty);  // it had room for one literal
+  adopted.append(4);
+  expect_list(adopted, {1, 2, 3, 4});
+}
+
+}  // namespace
+}  // namespace zorv::test

@@ -1,0 +1,202 @@
+#include "integer/varint.h"
+
+#include <numeric>
+#include <thread>
+
+#include "capi/handles.h"
+#include "support/support.h"
+
+namespace zorv::test {
+namespace {
+
+const char* const kNotAVarInt =
+    "VarInt accessor called on a value that is not a VarInt (plain Expr or ExprExpr).";
+
+// A VarInt made by the export.
+class VarInt {
+ public:
+  VarInt(const char* name, const coeff_t& lo, const coeff_t& hi)
+      : handle_(zorv_varintelem_create(name, Wire(lo), Wire(hi))) {}
+  explicit VarInt(zorv_expr* handle) : handle_(handle) {}
+  VarInt(const VarInt&) = delete;
+  VarInt& operator=(const VarInt&) = delete;
+  ~VarInt() { zorv_varintelem_destroy(handle_); }
+
+  operator zorv_expr*() const { return handle_; }
+  std::string str() const { return zorv_expr_str(handle_); }
+  coeff_t min() const {
+    Wire w;
+    return zorv_varintelem_min(handle_, w.out()), w.value();
+  }
+  coeff_t max() const {
+    Wire w;
+    return zorv_varintelem_max(handle_, w.out()), w.value();
+  }
+  coeff_t coeff(uint64_t i) const {
+    Wire w;
+    return zorv_varintelem_coeff(handle_, i, w.out()), w.value();
+  }
+  std::vector<int> decompose(const coeff_t& value) const {
+    const uint64_t n = zorv_varintelem_var_count(handle_);
+    std::vector<uint32_t> vars(n);
+    std::vector<CoeffWire> bits(n, CoeffWire{0, 0, nullptr});
+    EXPECT_EQ(zorv_varintelem_decompose(handle_, Wire(value), vars.data(), bits.data()), n);
+    std::vector<int> values;
+    for (uint64_t i = 0; i < n; ++i) {
+      EXPECT_EQ(vars[i], zorv_varintelem_var(handle_, i));
+      values.push_back(static_cast<int>(read_wire(&bits[i])));
+      std::free(bits[i].limbs);
+    }
+    return values;
+  }
+
+ private:
+  zorv_expr* handle_;
+};
+
+TEST(VarInt, IsItsLowerBoundPlusWeightedBits) {
+  EXPECT_EQ(VarInt("n", 0, 5).str(), "n[0] +2*n[1] +2*n[2]");
+  EXPECT_EQ(VarInt("m", -3, 4).str(), "-3 +m[0] +2*m[1] +4*m[2]");
+  EXPECT_EQ(VarInt("b", 0, 1).str(), "b");  // a single bit bears the name itself
+  EXPECT_EQ(VarInt("c", 7, 8).str(), "7 +c");
+}
+
+TEST(VarInt, RangeWithoutWidthIsAConstant) {
+  for (const int hi : {5, 4, -100}) {
+    const uint64_t before = zorv_var_count();
+    const VarInt constant("k", 5, hi);
+    EXPECT_EQ(constant.str(), "5");
+    EXPECT_EQ(constant.min(), 5);
+    EXPECT_EQ(constant.max(), hi);  // kept as given, also below the minimum
+    EXPECT_EQ(zorv_varintelem_var_count(constant), 0u);
+    EXPECT_EQ(zorv_varintelem_decompose(constant, Wire(5), nullptr, nullptr), 0u);
+    EXPECT_EQ(zorv_var_count(), before);
+  }
+}
+
+TEST(VarInt, RecordTellsBoundsBitsAndCoefficients) {
+  const VarInt n("n", -2, 8);
+  EXPECT_EQ(n.min(), -2);
+  EXPECT_EQ(n.max(), 8);
+  ASSERT_EQ(zorv_varintelem_var_count(n), 4u);
+  const int series[] = {1, 2, 4, 3};
+  for (uint64_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(n.coeff(i), series[i]);
+    EXPECT_EQ(zorv_varintelem_var(n, i), zorv_varintelem_var(n, 0) + i);
+    EXPECT_EQ(zorv_var_str(zorv_varintelem_var(n, i)), "n[" + std::to_string(i) + "]");
+  }
+}
+
+TEST(VarInt, EachCreationDrawsAtMostOneGeneratedName) {
+  const auto counter = [] { return std::stoull(std::string(zorv_auto_var_name()).substr(1)); };
+  const auto generated = [](uint64_t i) { return "{" + std::to_string(i) + "}"; };
+  const uint64_t start = counter();
+  const VarInt several(nullptr, 0, 3), one("", 0, 1), none(nullptr, 0, 0), named("n", 0, 3);
+  const uint32_t bit = fresh("bit");
+  const VarInt own(zorv_varintelem_create_with_vars(nullptr, Wire(0), Wire(1), Wire(1), &bit, 1));
+  EXPECT_STREQ(zorv_var_str(zorv_varintelem_var(several, 0)),
+               (generated(start + 1) + "[0]").c_str());
+  EXPECT_EQ(zorv_var_str(zorv_varintelem_var(one, 0)), generated(start + 2));
+  EXPECT_EQ(counter(), start + 5);
+}
+
+TEST(VarInt, TakesTheCallersCoefficientsAndLiterals) {
+  const uint32_t bits[] = {fresh("p"), fresh("q"), fresh("r")};
+  const Wire two(2), minus(-7), three(3);
+  const CoeffWire coeffs[] = {*static_cast<const CoeffWire*>(two),
+                              *static_cast<const CoeffWire*>(minus),
+                              *static_cast<const CoeffWire*>(three)};
+  const uint64_t before = zorv_var_count();
+  const VarInt v(zorv_varintelem_create_with_vars("v", Wire(10), Wire(15), coeffs, bits, 3));
+  EXPECT_EQ(zorv_var_count(), before);
+  EXPECT_EQ(v.str(), "10 +2*p -7*q +3*r");
+  EXPECT_EQ(v.coeff(1), -7);
+  EXPECT_EQ(zorv_varintelem_var(v, 2), bits[2]);
+  const VarInt empty(zorv_varintelem_create_with_vars("e", Wire(4), Wire(9), nullptr, nullptr, 0));
+  EXPECT_EQ(empty.str(), "4");
+  EXPECT_EQ(empty.max(), 9);
+}
+
+TEST(VarInt, DecomposesEveryValueOfItsRange) {
+  const VarInt five("n", 0, 5);
+  EXPECT_EQ(five.decompose(4), (std::vector<int>{0, 1, 1}));
+  EXPECT_EQ(five.decompose(100), (std::vector<int>{1, 1, 1}));  // what is left over is dropped
+  EXPECT_EQ(five.decompose(-1), (std::vector<int>{0, 0, 0}));
+  for (int width = 1; width <= 40; ++width) {
+    const int lo = -width / 2;
+    const VarInt n("n", lo, lo + width);
+    for (int value = lo; value <= lo + width; ++value) {
+      const std::vector<int> bits = n.decompose(value);
+      coeff_t sum = lo;
+      for (size_t i = 0; i < bits.size(); ++i) sum += bits[i] * n.coeff(i);
+      ASSERT_EQ(sum, value) << "width " << width;
+    }
+  }
+}
+
+TEST(VarInt, SurvivesCopiesAndSimplificationButNoArithmetic) {
+  const VarInt n("n", 0, 5);
+  const uint32_t attr = zorv_expr_attr(n);
+  for (zorv_expr* copy : {zorv_varintelem_clone(n), zorv_expr_clone(n), zorv_expr_simplify(n),
+                          zorv_expr_simplify_as_binary(n)}) {
+    EXPECT_EQ(zorv_expr_attr(copy), attr);
+    EXPECT_EQ(zorv_varintelem_var_count(copy), 3u);
+    zorv_varintelem_destroy(copy);
+  }
+  const VarInt changed(zorv_varintelem_clone(n));
+  zorv_expr_iadd_int(changed, Wire(1));
+  EXPECT_FATAL(changed.min(), kNotAVarInt);
+}
+
+TEST(VarInt, AccessorsRefuseOtherValues) {
+  const VarInt plain(zorv_expr_create());
+  Wire w;
+  EXPECT_FATAL(plain.min(), kNotAVarInt);
+  EXPECT_FATAL(plain.max(), kNotAVarInt);
+  EXPECT_FATAL(zorv_varintelem_var_count(plain), kNotAVarInt);
+  EXPECT_FATAL(zorv_varintelem_var(plain, 0), kNotAVarInt);
+  EXPECT_FATAL(zorv_varintelem_coeff(plain, 0, w.out()), kNotAVarInt);
+  EXPECT_FATAL(zorv_varintelem_decompose(plain, Wire(0), nullptr, nullptr), kNotAVarInt);
+  EXPECT_FATAL(varint_record(kExprExprTag), kNotAVarInt);
+  EXPECT_FATAL(varint_record(kMaxVarIntIndex),
+               "VarInt accessor called on a value that is no longer a VarInt "
+               "(e.g. after vi += 1, vi.sqr()).");
+}
+
+TEST(VarInt, ReplacedPolynomialKeepsTheRecord) {
+  const VarInt n("n", 0, 5);
+  const uint32_t attr = zorv_expr_attr(n);
+  const VarInt e(zorv_expr_create_add_var_int(fresh("x"), Wire(3)));
+  zorv_varintelem_replace_expr(n, e);
+  EXPECT_EQ(n.str(), "3 +x");
+  EXPECT_EQ(zorv_expr_attr(n), attr);
+  EXPECT_EQ(n.max(), 5);
+  EXPECT_EQ(zorv_expr_attr(e), kPlainAttr);
+  zorv_varintelem_replace_expr(n, n);
+  EXPECT_EQ(n.str(), "3 +x");
+  EXPECT_EQ(zorv_expr_attr(n), attr);
+}
+
+TEST(VarInt, SeveralThreadsMakeAndReadValuesAtOnce) {
+  constexpr int kThreads = 4, kEach = 300;
+  const uint64_t before = varint_record_count();
+  std::vector<int> wrong(kThreads);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, &wrong] {
+      std::vector<ExprImpl> values;
+      for (int i = 0; i < kEach; ++i) values.push_back(make_varint("n", t, t + 4 + i));
+      for (int i = 0; i < kEach; ++i) {
+        const VarIntRecord& record = varint_record(values[i].attr);
+        wrong[t] += record.min != t || record.max != t + 4 + i ||
+                    record.vars[0] != values[i].list.first.vars[0];
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(std::accumulate(wrong.begin(), wrong.end(), 0), 0);
+  EXPECT_EQ(varint_record_count(), before + kThreads * kEach);
+}
+
+}  // namespace
+}  // namespace zorv::test
