@@ -13,6 +13,8 @@
 #include "core/term.h"
 #include "model/model.h"
 #include "model/sol.h"
+#include "solvers/easy_solver.h"
+#include "solvers/search_result.h"
 #include "zorv/zorv.h"
 
 namespace zorv {
@@ -27,6 +29,11 @@ inline const Sol& unwrap(const zorv_sol* s) { return *reinterpret_cast<const Sol
 inline const ModelHandle& unwrap(const zorv_model* m) {
   return *reinterpret_cast<const ModelHandle*>(m);
 }
+inline SearchResult& unwrap(zorv_result* r) { return *reinterpret_cast<SearchResult*>(r); }
+inline const SearchResult& unwrap(const zorv_result* r) {
+  return *reinterpret_cast<const SearchResult*>(r);
+}
+inline EasySolver& unwrap(zorv_easy_wrapper* w) { return *reinterpret_cast<EasySolver*>(w); }
 inline const coeff_t* unwrap(const ::coeff_t* c) { return reinterpret_cast<const coeff_t*>(c); }
 
 static_assert(std::is_standard_layout_v<Sol> && offsetof(Sol, model) == 0);
@@ -40,6 +47,12 @@ inline zorv_expr* wrap(ExprImpl e) {
 inline zorv_sol* wrap(Sol s) { return reinterpret_cast<zorv_sol*>(new Sol(std::move(s))); }
 inline zorv_model* wrap(ModelHandle m) {
   return reinterpret_cast<zorv_model*>(new ModelHandle(std::move(m)));
+}
+inline zorv_result* wrap(SearchResult r) {
+  return reinterpret_cast<zorv_result*>(new SearchResult(std::move(r)));
+}
+inline zorv_easy_wrapper* wrap(EasySolver s) {
+  return reinterpret_cast<zorv_easy_wrapper*>(new EasySolver(std::move(s)));
 }
 
 inline const zorv_term* borrow(const TermImpl& t) {
@@ -57,6 +70,8 @@ inline const ::coeff_t* borrow(const coeff_t* c) { return reinterpret_cast<const
 inline void destroy(zorv_term* t) { delete reinterpret_cast<TermImpl*>(t); }
 inline void destroy(zorv_expr* e) { delete reinterpret_cast<ExprImpl*>(e); }
 inline void destroy(zorv_sol* s) { delete reinterpret_cast<Sol*>(s); }
+inline void destroy(zorv_result* r) { delete reinterpret_cast<SearchResult*>(r); }
+inline void destroy(zorv_easy_wrapper* w) { delete reinterpret_cast<EasySolver*>(w); }
 inline void destroy(zorv_model* m) { delete reinterpret_cast<ModelHandle*>(m); }
 
 }  // namespace zorv

@@ -49,7 +49,7 @@ void IntSearchCore::pool_add(const std::vector<coeff_t>& state, const coeff_t& e
 
 void IntSearchCore::fire_event(uint32_t event, const coeff_t& energy,
                                const std::vector<coeff_t>* state, double tts) {
-  Sol* sol = state == nullptr ? new Sol(opts.model, {}, {}, energy, tts)
+  Sol* sol = state == nullptr ? new Sol(opts.model, {}, model.int_lo, energy, tts)
                               : new Sol(opts.model, words_of(model, *state), ints_of(model, *state),
                                         energy, tts);
   const double interval = opts.callback(opts.callback_ctx, sol, event);

@@ -67,7 +67,7 @@ class IntSearchCore {
   std::atomic<uint64_t> proposals{0};
 
  private:
-  // `state` may be null: the Sol then has no values.
+  // `state` may be null: the Sol then has no bits, and its integers are at their lower bounds.
   void fire_event(uint32_t event, const coeff_t& energy, const std::vector<coeff_t>* state,
                   double tts);
 
