@@ -1,4 +1,44 @@
-/* zorv: combinatorial optimisation over polynomials with exact coefficients. The C interface. */
+/* zorv: combinatorial optimisation over polynomials with exact coefficients. The C interface.
+ *
+ * Conventions, which the contracts below do not repeat:
+ *
+ *  1. Literals. A variable is a 32-bit number, a literal: bits 29-0 an index, bit 30 set for an
+ *     integer atom, bit 31 set for the complement of a binary variable (1 - x). A caller negates a
+ *     variable by setting bit 31; an atom is never negated. 0xFFFFFFFF names nothing.
+ *  2. Coefficients are unbounded integers and cross as CoeffWire records, see zorv/wire.h. A record
+ *     that a function writes must be zeroed or hold a block of malloc: that block is freed.
+ *     Coefficients are read before the call returns and never kept.
+ *  3. Handles are pointers to incomplete types. The caller owns every handle that a function
+ *     returns as a plain pointer, until the matching _destroy, which accepts null; nothing else
+ *     does. A pointer to const that is returned is borrowed from the argument and dies when that is
+ *     changed or destroyed.
+ *  4. Names: _create makes a handle; _clone a deep copy, _clone_<op> the copy with the operation
+ *     applied; i<op> changes the first argument in place; _raw takes a coefficient, a literal array
+ *     and its length; _move a term by its head pair and an overflow block that is adopted; _direct
+ *     the same with a block that is copied; _mm and _ml consume both handles or the left one; _bulk
+ *     many terms in flat arrays; _steal_ hands a buffer over without a copy.
+ *  5. A head pair is the first two literals of a term in one word, the first one low, 0xFFFFFFFF
+ *     for an empty half. An overflow block holds the literals from the third on and ends with
+ *     0xFFFFFFFF. A block that is adopted comes from malloc, with room for as many entries as the
+ *     degree of the term rounded down to an even number. A block that is copied is looked at only
+ *     if both halves of the head pair are filled.
+ *  6. Yes and no are 1 and 0. Array lengths stand in brackets.
+ *  7. Misuse that is detected writes one line, "zorv: " and what is wrong, to the standard error
+ *     stream and aborts the process, before anything is changed. "Aborts" below means this. Null
+ *     handles, indices and array lengths are not checked unless it says so, nor is whether a
+ *     literal names a variable.
+ *  8. std::bad_alloc passes through as an exception; a C caller may treat it as the end.
+ *  9. Text lives in a buffer of the thread and stays good until the same function is called again
+ *     on that thread.
+ * 10. Different handles may be used on different threads. One handle has one writer at a time and
+ *     no reader meanwhile. Variables must not be made while other threads render text.
+ * 11. Long operations (above 9,999 terms) spread over threads inside the call; the number is
+ *     ZORV_NUM_THREADS, or what the machine has. No result depends on it.
+ * 12. Terms are not merged by arithmetic. zorv_expr_simplify and zorv_expr_simplify_as_binary do
+ *     that, and a model wants the latter. Blocks of long expressions that were destroyed, at most
+ *     four and 1 GiB, are kept for the next ones; the kernel may take their pages when it needs
+ *     them.
+ */
 #ifndef ZORV_ZORV_H
 #define ZORV_ZORV_H
 
@@ -13,64 +53,118 @@
 extern "C" {
 #endif
 
-typedef struct zorv_term zorv_term;
-typedef struct zorv_expr zorv_expr;
-typedef struct zorv_model zorv_model;
-typedef struct zorv_sol zorv_sol;
-typedef struct zorv_result zorv_result;
-typedef struct zorv_easy_wrapper zorv_easy_wrapper;
-typedef struct coeff_t coeff_t;
+typedef struct zorv_term zorv_term;     /* a coefficient times literals */
+typedef struct zorv_expr zorv_expr;     /* a polynomial, and the constraints it carries */
+typedef struct zorv_model zorv_model;   /* a compiled expression; never changes */
+typedef struct zorv_sol zorv_sol;       /* an assignment of a model, with its energy */
+typedef struct zorv_result zorv_result; /* what a search found */
+typedef struct zorv_easy_wrapper zorv_easy_wrapper; /* a solver on one model */
+typedef struct coeff_t coeff_t;                     /* an unbounded integer of the library's own */
 
-/* ---- Variables --------------------------------------------------------------------------------- */
+/* ---- Variables ---------------------------------------------------------------------------------
+ */
 
+/* Makes one binary variable and returns its literal. A null or empty name draws a generated one,
+ * "{0}", "{1}" and so on; names may repeat. Aborts when 2^30 - 1 variables exist. */
 ZORV_API uint32_t zorv_new_var(const char* name);
+
+/* Makes a block of binary variables with consecutive literals in row-major order, named
+ * "name[i][j]", and returns the first. The same abort.
+ *   dims  [ndims] extents; none makes one variable with the bare name, an extent of 0 makes none */
 ZORV_API uint32_t zorv_new_var_array(const char* name, const uint64_t* dims, size_t ndims);
+
+/* How many binary variables and how many integer atoms there are, and how many binary variables
+ * there would be if every atom were written in bits. */
 ZORV_API uint64_t zorv_var_count(void);
 ZORV_API uint64_t zorv_int_var_count(void);
 ZORV_API uint64_t zorv_used_var_count(void);
+
+/* The name of a literal: "x[1][2]", "~x" for a complement, "?" if it names nothing. The text may
+ * also be the registry's own and then dies when variables are made or reset. */
 ZORV_API const char* zorv_var_str(uint32_t literal);
+
+/* Draws a generated name without making a variable. */
 ZORV_API const char* zorv_auto_var_name(void);
+
+/* Forgets all variables and atoms. Literals made before then name nothing, or name new variables;
+ * nothing looks for them. Generated names go on counting. */
 ZORV_API void zorv_var_reset(void);
 
-/* ---- Terms ------------------------------------------------------------------------------------- */
+/* ---- Terms -------------------------------------------------------------------------------------
+ */
 
+/* New terms: c, c*v, c*a*b, and c times the literals of a head pair and an overflow block. Literals
+ * stay in the given order. `a` may be 0xFFFFFFFF: `b` then goes to the first slot. */
 ZORV_API zorv_term* zorv_term_create(const CoeffWire* c);
 ZORV_API zorv_term* zorv_term_create_var(const CoeffWire* c, uint32_t v);
 ZORV_API zorv_term* zorv_term_create_var_var(const CoeffWire* c, uint32_t a, uint32_t b);
-ZORV_API zorv_term* zorv_term_create_vararray(const CoeffWire* c, uint64_t head_pair, const uint32_t* overflow);
+ZORV_API zorv_term* zorv_term_create_vararray(const CoeffWire* c, uint64_t head_pair,
+                                              const uint32_t* overflow);
 ZORV_API zorv_term* zorv_term_clone(const zorv_term* t);
 ZORV_API void zorv_term_destroy(zorv_term* t);
+
+/* The coefficient, the number of literals, and literal i below that number. */
 ZORV_API void zorv_term_coeff(const zorv_term* t, CoeffWire* out);
 ZORV_API uint32_t zorv_term_degree(const zorv_term* t);
 ZORV_API uint32_t zorv_term_var_at(const zorv_term* t, uint32_t i);
+
+/* Arithmetic in place. Division aborts on 0 and on a remainder. */
 ZORV_API void zorv_term_mul_var(zorv_term* t, uint32_t v);
 ZORV_API void zorv_term_mul_coeff(zorv_term* t, const CoeffWire* c);
 ZORV_API void zorv_term_div_coeff(zorv_term* t, const CoeffWire* c);
 ZORV_API void zorv_term_negate(zorv_term* t);
+
+/* a times b, literals of `a` first: as a new term, or into `a`, which is returned. `b` is only read
+ * in both, and may be `a`. */
 ZORV_API zorv_term* zorv_term_mul_term(const zorv_term* a, const zorv_term* b);
 ZORV_API zorv_term* zorv_term_mul_term_move(zorv_term* a, const zorv_term* b);
+
+/* "-2*x*~y". */
 ZORV_API const char* zorv_term_str(const zorv_term* t);
 
-/* ---- Expressions ------------------------------------------------------------------------------- */
+/* ---- Expressions -------------------------------------------------------------------------------
+ */
 
+/* An expression is a constant, terms, and a tag, zorv_expr_attr: 0xFFFFFFFF for a plain polynomial,
+ * otherwise what the sections on VarInt values and constraints say. What becomes of the tag in a
+ * sum or a product stands with each function; "clears the tag" leaves a plain polynomial. */
+
+/* New expressions: zero, an integer, a variable, a term. With `steal` the term's handle is
+ * consumed, otherwise the term is copied. */
 ZORV_API zorv_expr* zorv_expr_create(void);
 ZORV_API zorv_expr* zorv_expr_create_int(const CoeffWire* c);
 ZORV_API zorv_expr* zorv_expr_create_var(uint32_t v);
 ZORV_API zorv_expr* zorv_expr_create_term(zorv_term* t, int steal);
 ZORV_API zorv_expr* zorv_expr_clone(const zorv_expr* e);
 ZORV_API void zorv_expr_destroy(zorv_expr* e);
+
+/* The parts of an expression. Terms are numbered from 0 in storage order; numbers are not checked.
+ * A borrowed term dies when the expression changes. `overflow` receives the address of the term's
+ * own block, or 0. */
 ZORV_API void zorv_expr_constant(const zorv_expr* e, CoeffWire* out);
 ZORV_API uint32_t zorv_expr_attr(const zorv_expr* e);
 ZORV_API uint64_t zorv_expr_term_count(const zorv_expr* e);
 ZORV_API const zorv_term* zorv_expr_term_at(const zorv_expr* e, uint64_t i);
-ZORV_API void zorv_expr_term_at_data(const zorv_expr* e, uint64_t i, CoeffWire* out, uint64_t* head_pair, uint64_t* overflow);
+ZORV_API void zorv_expr_term_at_data(const zorv_expr* e, uint64_t i, CoeffWire* out,
+                                     uint64_t* head_pair, uint64_t* overflow);
+
+/* How many terms have degree d, the highest degree (0 without terms), whether any term holds the
+ * variable of a literal, negated or not, and whether any holds an atom. */
 ZORV_API uint64_t zorv_expr_term_count_degree(const zorv_expr* e, int d);
 ZORV_API uint32_t zorv_expr_max_degree(const zorv_expr* e);
 ZORV_API int zorv_expr_has(const zorv_expr* e, uint32_t v);
 ZORV_API int zorv_expr_has_int_atom(const zorv_expr* e);
-ZORV_API zorv_expr* zorv_expr_create_raw_term(const CoeffWire* c, const uint32_t* vars, uint32_t n, const CoeffWire* k);
-ZORV_API zorv_expr* zorv_expr_create_move_term(const CoeffWire* c, uint64_t head_pair, uint64_t overflow, const CoeffWire* k);
-ZORV_API zorv_expr* zorv_expr_create_add_raw_terms(const CoeffWire* c1, const uint32_t* vars1, uint32_t n1, const CoeffWire* c2, const uint32_t* vars2, uint32_t n2);
+
+/* Sums in one call; equal terms stay apart, terms stand in the order of the arguments.
+ *   vars  [n] literals, copied in that order     k  the constant
+ * create_move_term adopts its block; _ml consumes `a`, _mm consumes both, which must differ. */
+ZORV_API zorv_expr* zorv_expr_create_raw_term(const CoeffWire* c, const uint32_t* vars, uint32_t n,
+                                              const CoeffWire* k);
+ZORV_API zorv_expr* zorv_expr_create_move_term(const CoeffWire* c, uint64_t head_pair,
+                                               uint64_t overflow, const CoeffWire* k);
+ZORV_API zorv_expr* zorv_expr_create_add_raw_terms(const CoeffWire* c1, const uint32_t* vars1,
+                                                   uint32_t n1, const CoeffWire* c2,
+                                                   const uint32_t* vars2, uint32_t n2);
 ZORV_API zorv_expr* zorv_expr_create_add_var_var(uint32_t a, uint32_t b);
 ZORV_API zorv_expr* zorv_expr_create_add_var_int(uint32_t v, const CoeffWire* k);
 ZORV_API zorv_expr* zorv_expr_create_sub_int_var(const CoeffWire* k, uint32_t v);
@@ -81,21 +175,49 @@ ZORV_API zorv_expr* zorv_expr_create_add_term_term(const zorv_term* a, const zor
 ZORV_API zorv_expr* zorv_expr_create_add_term_term_ml(zorv_term* a, const zorv_term* b);
 ZORV_API zorv_expr* zorv_expr_create_add_term_term_mm(zorv_term* a, zorv_term* b);
 ZORV_API zorv_expr* zorv_expr_create_sub_term_term(const zorv_term* a, const zorv_term* b);
-ZORV_API zorv_expr* zorv_expr_create_from_bulk(const CoeffWire* k, uint64_t n, const CoeffWire* coeffs, const uint32_t* degs, const uint32_t* vars);
-ZORV_API void zorv_expr_iadd_int(zorv_expr* e, const CoeffWire* c);
-ZORV_API void zorv_expr_isub_int(zorv_expr* e, const CoeffWire* c);
+
+/* k plus n terms given in flat arrays, copied unsorted; the fastest way to load a large model.
+ *   coeffs [n]; degs [n]; vars [sum of degs], the literals term after term
+ * The in-place form keeps declared constraints and clears any other tag. */
+ZORV_API zorv_expr* zorv_expr_create_from_bulk(const CoeffWire* k, uint64_t n,
+                                               const CoeffWire* coeffs, const uint32_t* degs,
+                                               const uint32_t* vars);
+ZORV_API void zorv_expr_iadd_terms_bulk(zorv_expr* e, const CoeffWire* k, uint64_t n,
+                                        const CoeffWire* coeffs, const uint32_t* degs,
+                                        const uint32_t* vars);
+
+/* e + operand in place, where the operand joins the constraints: a classic constraint takes it into
+ * its free-form remainder, a declared one is kept as it is, a VarInt becomes plain. The term may
+ * lie in `e` itself. iadd_term_move consumes the handle. */
 ZORV_API void zorv_expr_iadd_var(zorv_expr* e, uint32_t v);
-ZORV_API void zorv_expr_isub_var(zorv_expr* e, uint32_t v);
 ZORV_API void zorv_expr_iadd_term(zorv_expr* e, const zorv_term* t);
 ZORV_API void zorv_expr_iadd_term_move(zorv_expr* e, zorv_term* t);
+ZORV_API void zorv_expr_iadd_raw_term(zorv_expr* e, const CoeffWire* c, const uint32_t* vars,
+                                      uint32_t n);
+
+/* e + operand and e - operand in place, where declared constraints are kept and any other tag is
+ * cleared. The _move forms take the block: it is adopted or freed. */
+ZORV_API void zorv_expr_iadd_int(zorv_expr* e, const CoeffWire* c);
+ZORV_API void zorv_expr_isub_int(zorv_expr* e, const CoeffWire* c);
+ZORV_API void zorv_expr_isub_var(zorv_expr* e, uint32_t v);
 ZORV_API void zorv_expr_isub_term(zorv_expr* e, const zorv_term* t);
-ZORV_API void zorv_expr_iadd_raw_term(zorv_expr* e, const CoeffWire* c, const uint32_t* vars, uint32_t n);
-ZORV_API void zorv_expr_isub_raw_term(zorv_expr* e, const CoeffWire* c, const uint32_t* vars, uint32_t n);
-ZORV_API void zorv_expr_iadd_move_term(zorv_expr* e, const CoeffWire* c, uint64_t head_pair, uint64_t overflow);
-ZORV_API void zorv_expr_isub_move_term(zorv_expr* e, const CoeffWire* c, uint64_t head_pair, uint64_t overflow);
-ZORV_API void zorv_expr_iadd_terms_bulk(zorv_expr* e, const CoeffWire* k, uint64_t n, const CoeffWire* coeffs, const uint32_t* degs, const uint32_t* vars);
+ZORV_API void zorv_expr_isub_raw_term(zorv_expr* e, const CoeffWire* c, const uint32_t* vars,
+                                      uint32_t n);
+ZORV_API void zorv_expr_iadd_move_term(zorv_expr* e, const CoeffWire* c, uint64_t head_pair,
+                                       uint64_t overflow);
+ZORV_API void zorv_expr_isub_move_term(zorv_expr* e, const CoeffWire* c, uint64_t head_pair,
+                                       uint64_t overflow);
+
+/* a + b and a - b in place; `b` may be `a`. In a sum the constraints of both sides are put
+ * together; a declared and a classic side abort. A difference subtracts declared constraints of
+ * `b`, by turning the signs of their weights; with any other `b` declared constraints of `a` are
+ * kept and any other tag is cleared. */
 ZORV_API void zorv_expr_iadd_expr(zorv_expr* a, const zorv_expr* b);
 ZORV_API void zorv_expr_isub_expr(zorv_expr* a, const zorv_expr* b);
+
+/* The same on a copy. Tags: add_term and add_expr put constraints together as above; add_int keeps
+ * any constraint tag for the integer 0; otherwise all but sub_expr, which is as above, keep
+ * declared constraints and clear any other tag. */
 ZORV_API zorv_expr* zorv_expr_clone_add_int(const zorv_expr* e, const CoeffWire* c);
 ZORV_API zorv_expr* zorv_expr_clone_sub_int(const zorv_expr* e, const CoeffWire* c);
 ZORV_API zorv_expr* zorv_expr_clone_add_var(const zorv_expr* e, uint32_t v);
@@ -104,21 +226,44 @@ ZORV_API zorv_expr* zorv_expr_clone_add_term(const zorv_expr* e, const zorv_term
 ZORV_API zorv_expr* zorv_expr_clone_sub_term(const zorv_expr* e, const zorv_term* t);
 ZORV_API zorv_expr* zorv_expr_clone_add_expr(const zorv_expr* a, const zorv_expr* b);
 ZORV_API zorv_expr* zorv_expr_clone_sub_expr(const zorv_expr* a, const zorv_expr* b);
+
+/* An integer times e. Weights of constraints are multiplied too. A classic constraint is cleared by
+ * a factor that is not positive; the factor 0 aborts on declared requirements, which it would drop
+ * silently. Terms that come to 0 stay until the next simplification. */
 ZORV_API void zorv_expr_imul_int(zorv_expr* e, const CoeffWire* c);
 ZORV_API zorv_expr* zorv_expr_clone_mul_int(const zorv_expr* e, const CoeffWire* c);
+
+/* -e in place. Declared constraints turn the signs of their weights, any other tag is cleared. */
+ZORV_API void zorv_expr_negate(zorv_expr* e);
+
+/* Products and exact division. The tag is cleared, and any operand with declared constraints
+ * aborts. `b` may be `a`. Division aborts on 0 and on a remainder as well. cost  one allocation of
+ * the size of the product, which is never merged; spread over threads */
 ZORV_API void zorv_expr_imul_var(zorv_expr* e, uint32_t v);
-ZORV_API void zorv_expr_imul_term_direct(zorv_expr* e, const CoeffWire* c, uint64_t head_pair, const uint32_t* overflow);
+ZORV_API void zorv_expr_imul_term_direct(zorv_expr* e, const CoeffWire* c, uint64_t head_pair,
+                                         const uint32_t* overflow);
 ZORV_API void zorv_expr_imul_expr(zorv_expr* a, const zorv_expr* b);
 ZORV_API zorv_expr* zorv_expr_mul_expr(const zorv_expr* a, const zorv_expr* b);
 ZORV_API zorv_expr* zorv_expr_sqr(const zorv_expr* e);
 ZORV_API void zorv_expr_idiv_int(zorv_expr* e, const CoeffWire* c);
-ZORV_API void zorv_expr_negate(zorv_expr* e);
+
+/* The canonical form as a new expression: equal terms added up, zeros dropped, literals and terms
+ * sorted (lower degree first). The binary form also reads variables as 0/1: x*x is x, x*~x is 0,
+ * and ~x is 1 - x in terms that have degree 1 or 2; terms of degree 3 and more keep their
+ * complements, and powers of atoms stay. The bodies of constraints are simplified likewise; the tag
+ * is kept or names their simplified form. cost  linear for terms that are nearly in order, as
+ * products are; else that of sorting them */
 ZORV_API zorv_expr* zorv_expr_simplify(const zorv_expr* e);
 ZORV_API zorv_expr* zorv_expr_simplify_as_binary(const zorv_expr* e);
+
+/* "2 +x -3*y"; "0" for zero. The tag has no effect on it. */
 ZORV_API const char* zorv_expr_str(const zorv_expr* e);
+
+/* The name of the coefficient type that a solver library has to be built for: always "cppint". */
 ZORV_API const char* zorv_expr_solver_type(const zorv_expr* e);
 
-/* ---- Native integer variables ------------------------------------------------------------------ */
+/* ---- Native integer variables ------------------------------------------------------------------
+ */
 
 /* A native integer variable is one literal, an atom, which stands in terms as a binary variable
  * does, is never negated and obeys no x*x = x. Models keep it whole. */
@@ -136,7 +281,8 @@ ZORV_API uint32_t zorv_new_int_var_array(const char* name, const uint64_t* shape
 /* Writes the bounds of an atom. Aborts if the literal names none. */
 ZORV_API void zorv_int_var_bounds(uint32_t literal, CoeffWire* lo, CoeffWire* hi);
 
-/* ---- VarInt values ----------------------------------------------------------------------------- */
+/* ---- VarInt values -----------------------------------------------------------------------------
+ */
 
 /* A VarInt is an expression from the start, lo plus a sum of coefficients times fresh binary
  * variables, and a record of how it was made, to which its tag refers. Copies and simplifications
@@ -177,7 +323,8 @@ ZORV_API uint64_t zorv_varintelem_decompose(const zorv_expr* e, const CoeffWire*
 /* Gives `element` the polynomial of `e`, which stays as it is; `element` keeps its tag. */
 ZORV_API void zorv_varintelem_replace_expr(zorv_expr* element, const zorv_expr* e);
 
-/* ---- Constraints ------------------------------------------------------------------------------- */
+/* ---- Constraints -------------------------------------------------------------------------------
+ */
 
 /* An expression has a polynomial and may carry constraints, to which its tag refers.
  *
@@ -279,7 +426,8 @@ ZORV_API uint64_t zorv_cons_violation_count(const zorv_expr* e, const zorv_sol* 
  * not to be destroyed. Aborts unless there is exactly one constraint and no free-form penalty. */
 ZORV_API const zorv_expr* zorv_exprexprelem_get_body(const zorv_expr* e);
 
-/* ---- Models ------------------------------------------------------------------------------------ */
+/* ---- Models ------------------------------------------------------------------------------------
+ */
 
 ZORV_API zorv_model* zorv_model_create(const zorv_expr* e);
 ZORV_API zorv_model* zorv_model_create_scaled(const zorv_expr* e, double scale);
@@ -299,13 +447,16 @@ ZORV_API double zorv_model_scale(const zorv_model* m);
 ZORV_API int zorv_model_has_negated_literals(const zorv_model* m);
 ZORV_API uint64_t zorv_model_int_var_count(const zorv_model* m);
 ZORV_API uint32_t zorv_model_int_var_orig(const zorv_model* m, uint64_t i);
-ZORV_API void zorv_model_int_var_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo, CoeffWire* hi);
+ZORV_API void zorv_model_int_var_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo,
+                                        CoeffWire* hi);
 ZORV_API uint64_t zorv_model_native_cons_count(const zorv_model* m);
 ZORV_API uint64_t zorv_model_native_cons_nterms(const zorv_model* m, uint64_t i);
 ZORV_API const uint32_t* zorv_model_native_cons_vars(const zorv_model* m, uint64_t i);
 ZORV_API const coeff_t* zorv_model_native_cons_coeffs(const zorv_model* m, uint64_t i);
-ZORV_API void zorv_model_native_cons_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo, CoeffWire* hi, CoeffWire* constant, CoeffWire* weight);
-ZORV_API void zorv_model_native_cons_shape(const zorv_model* m, uint64_t i, uint32_t* k, uint32_t* kind);
+ZORV_API void zorv_model_native_cons_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo,
+                                            CoeffWire* hi, CoeffWire* constant, CoeffWire* weight);
+ZORV_API void zorv_model_native_cons_shape(const zorv_model* m, uint64_t i, uint32_t* k,
+                                           uint32_t* kind);
 ZORV_API int zorv_model_has_penalty_shapes(const zorv_model* m);
 ZORV_API int zorv_model_has_remainder(const zorv_model* m);
 ZORV_API const uint64_t* zorv_model_remainder_head(const zorv_model* m);
@@ -314,7 +465,8 @@ ZORV_API const coeff_t* zorv_model_remainder_coeffs(const zorv_model* m);
 ZORV_API void zorv_model_remainder_info(const zorv_model* m, CoeffWire* constant, uint64_t* nterms);
 ZORV_API void zorv_model_eval(const zorv_model* m, const uint64_t* bits, CoeffWire* out);
 
-/* ---- Solutions --------------------------------------------------------------------------------- */
+/* ---- Solutions ---------------------------------------------------------------------------------
+ */
 
 ZORV_API zorv_sol* zorv_sol_create(const zorv_model* m);
 ZORV_API zorv_sol* zorv_sol_create_from_expr(const zorv_expr* e);
@@ -345,14 +497,21 @@ ZORV_API void zorv_sol_set_from_sol(zorv_sol* dst, const zorv_sol* src);
 ZORV_API const char* zorv_sol_str(const zorv_sol* sol);
 ZORV_API void zorv_sol_eval_expr(const zorv_sol* sol, const zorv_expr* e, CoeffWire* out);
 
-/* ---- EasySolver -------------------------------------------------------------------------------- */
+/* ---- EasySolver --------------------------------------------------------------------------------
+ */
 
 ZORV_API zorv_easy_wrapper* zorv_easy_solver_wrapper_create(const zorv_model* m);
 ZORV_API void zorv_easy_solver_wrapper_destroy(zorv_easy_wrapper* w);
-ZORV_API zorv_result* zorv_easy_solver_wrapper_search(zorv_easy_wrapper* w, const ParamPair* params, const uint64_t* hint);
-ZORV_API zorv_result* zorv_easy_solver_wrapper_search_int(zorv_easy_wrapper* w, const ParamPair* params, const uint64_t* hint_bits, const coeff_t* hint_ints, uint64_t hint_int_count);
+ZORV_API zorv_result* zorv_easy_solver_wrapper_search(zorv_easy_wrapper* w, const ParamPair* params,
+                                                      const uint64_t* hint);
+ZORV_API zorv_result* zorv_easy_solver_wrapper_search_int(zorv_easy_wrapper* w,
+                                                          const ParamPair* params,
+                                                          const uint64_t* hint_bits,
+                                                          const coeff_t* hint_ints,
+                                                          uint64_t hint_int_count);
 
-/* ---- Search results ---------------------------------------------------------------------------- */
+/* ---- Search results ----------------------------------------------------------------------------
+ */
 
 ZORV_API void zorv_easy_solver_result_energy(const zorv_result* r, CoeffWire* out);
 ZORV_API double zorv_easy_solver_result_tts(const zorv_result* r);
@@ -367,10 +526,12 @@ ZORV_API uint64_t zorv_easy_solver_result_info_count(const zorv_result* r);
 ZORV_API const char* zorv_easy_solver_result_info_key(const zorv_result* r, uint64_t i);
 ZORV_API const char* zorv_easy_solver_result_info_value(const zorv_result* r, uint64_t i);
 ZORV_API zorv_sol* zorv_easy_solver_result_to_sol(zorv_result* r, const zorv_model* m);
-ZORV_API zorv_sol* zorv_easy_solver_result_topk_to_sol(zorv_result* r, uint64_t i, const zorv_model* m);
+ZORV_API zorv_sol* zorv_easy_solver_result_topk_to_sol(zorv_result* r, uint64_t i,
+                                                       const zorv_model* m);
 ZORV_API void zorv_easy_solver_result_destroy(zorv_result* r);
 
-/* ---- Constants of the library ------------------------------------------------------------------ */
+/* ---- Constants of the library ------------------------------------------------------------------
+ */
 
 /* Answers a constant question about the library or the machine it runs on.
  *   key      "compilation_date" (as in "Jan  1 2026"), "author", "version" (as in "2026.01.01"),
