@@ -426,82 +426,235 @@ ZORV_API uint64_t zorv_cons_violation_count(const zorv_expr* e, const zorv_sol* 
  * not to be destroyed. Aborts unless there is exactly one constraint and no free-form penalty. */
 ZORV_API const zorv_expr* zorv_exprexprelem_get_body(const zorv_expr* e);
 
-/* ---- Models ------------------------------------------------------------------------------------
- */
+/* ---- Models ------------------------------------------------------------------------------------ */
 
+/* A model is one expression, compiled to flat tables that never change. It is what engines and
+ * solutions read. Its energy is the polynomial, objective and free-form penalty together, plus for
+ * each declared constraint weight times violation to the power k.
+ *
+ * The model numbers the variables that it uses from 0, by ascending id, and its atoms likewise. A
+ * literal in its tables is such a number, with bit 31 if it is negated, or with bit 30 if it is the
+ * number of an atom. Pointers into a model are lent, and stay good as long as the model lives. All
+ * functions may be called on one model by several threads at once. Degrees, positions and indices
+ * are unchecked unless a comment says otherwise. */
+
+/* Compiles `e`, which must be simplified as binary, constraint bodies included:
+ * zorv_expr_simplify_as_binary does both. Declared constraints become native ones; of a classic
+ * constraint the penalty polynomial alone counts. `scale` is ignored and changes nothing. Aborts if
+ * a term or a body is not in that form or names an unknown variable, on a constraint without
+ * bounds, on an abs or relu term of a nonlinear body, and on an atom in a free-form penalty. */
 ZORV_API zorv_model* zorv_model_create(const zorv_expr* e);
 ZORV_API zorv_model* zorv_model_create_scaled(const zorv_expr* e, double scale);
+
+/* One more handle of the same model, which lives until the last one is destroyed. A solution counts
+ * as one; zorv_sol_model lends it. */
 ZORV_API zorv_model* zorv_model_clone(const zorv_model* m);
 ZORV_API void zorv_model_destroy(zorv_model* m);
+
+/* The binary variables: their number, the id with number i, whether the variable of a literal is
+ * among them, and its number, 0xFFFFFFFF if it is not. */
 ZORV_API uint64_t zorv_model_var_count(const zorv_model* m);
 ZORV_API uint32_t zorv_model_var(const zorv_model* m, uint64_t i);
 ZORV_API int zorv_model_has(const zorv_model* m, uint32_t lit);
 ZORV_API uint32_t zorv_model_var_index(const zorv_model* m, uint32_t lit);
+
+/* The terms of one degree d, at most zorv_model_max_degree, in the order of the expression. Degree
+ * 0, the constant, has a count of 0 and null pointers; coeff_at does not take it.
+ *   zorv_model_term_vars    [d * zorv_model_term_count] literals, term after term
+ *   zorv_model_coeff_array  [zorv_model_term_count] coefficients as the library keeps them
+ *   t                       position of a term in its degree */
 ZORV_API uint32_t zorv_model_max_degree(const zorv_model* m);
 ZORV_API uint64_t zorv_model_term_count(const zorv_model* m, uint32_t d);
 ZORV_API const uint32_t* zorv_model_term_vars(const zorv_model* m, uint32_t d);
 ZORV_API const coeff_t* zorv_model_coeff_array(const zorv_model* m, uint32_t d);
 ZORV_API void zorv_model_coeff_at(const zorv_model* m, uint32_t d, uint64_t t, CoeffWire* out);
 ZORV_API void zorv_model_constant(const zorv_model* m, CoeffWire* out);
+
+/* Always 1.0: coefficients are exact. */
 ZORV_API double zorv_model_scale(const zorv_model* m);
+
+/* 1 or 0: whether a term holds a negated literal, which only degree 3 and above can. */
 ZORV_API int zorv_model_has_negated_literals(const zorv_model* m);
+
+/* The atoms: their number, and the literal and the bounds of the one with number i. Both abort
+ * unless i is below the count. */
 ZORV_API uint64_t zorv_model_int_var_count(const zorv_model* m);
 ZORV_API uint32_t zorv_model_int_var_orig(const zorv_model* m, uint64_t i);
 ZORV_API void zorv_model_int_var_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo,
                                         CoeffWire* hi);
+
+/* The native constraints, all with linear bodies first, each kind in the order of the expression:
+ * lo <= constant + sum of coeffs[j] * vars[j] <= hi, at `weight`, which may be negative. They are
+ * described here for consumers of linear rows: nterms aborts on a nonlinear body and on a set of
+ * allowed values, so it comes before the others.
+ *   zorv_model_native_cons_vars, _coeffs  [zorv_model_native_cons_nterms] parallel */
 ZORV_API uint64_t zorv_model_native_cons_count(const zorv_model* m);
 ZORV_API uint64_t zorv_model_native_cons_nterms(const zorv_model* m, uint64_t i);
 ZORV_API const uint32_t* zorv_model_native_cons_vars(const zorv_model* m, uint64_t i);
 ZORV_API const coeff_t* zorv_model_native_cons_coeffs(const zorv_model* m, uint64_t i);
 ZORV_API void zorv_model_native_cons_bounds(const zorv_model* m, uint64_t i, CoeffWire* lo,
                                             CoeffWire* hi, CoeffWire* constant, CoeffWire* weight);
+
+/* The exponent of the penalty, 1 or 2, and the kind, 0 for a requirement and 1 for an abs or relu
+ * term; and whether any constraint of the model has other values than 2 and 0, 1 or 0. */
 ZORV_API void zorv_model_native_cons_shape(const zorv_model* m, uint64_t i, uint32_t* k,
                                            uint32_t* kind);
 ZORV_API int zorv_model_has_penalty_shapes(const zorv_model* m);
+
+/* The free-form penalty, kept apart for consumers that must treat it as hard; the terms contain it
+ * already, so it is not to be added. A model without one, and one in which nothing is left but a
+ * constant, answers 0, counts no terms and has no arrays.
+ *   zorv_model_remainder_head    [nterms + 1] starts of the terms in `vars`
+ *   zorv_model_remainder_vars    [head[nterms]] literals
+ *   zorv_model_remainder_coeffs  [nterms] */
 ZORV_API int zorv_model_has_remainder(const zorv_model* m);
 ZORV_API const uint64_t* zorv_model_remainder_head(const zorv_model* m);
 ZORV_API const uint32_t* zorv_model_remainder_vars(const zorv_model* m);
 ZORV_API const coeff_t* zorv_model_remainder_coeffs(const zorv_model* m);
 ZORV_API void zorv_model_remainder_info(const zorv_model* m, CoeffWire* constant, uint64_t* nterms);
+
+/* Evaluates the polynomial alone, without native constraints. Aborts on a model with atoms.
+ *   bits  [(zorv_model_var_count + 63) / 64] variable i at bit i % 64 of word i / 64 */
 ZORV_API void zorv_model_eval(const zorv_model* m, const uint64_t* bits, CoeffWire* out);
 
-/* ---- Solutions ---------------------------------------------------------------------------------
- */
+/* ---- Solutions --------------------------------------------------------------------------------- */
 
+/* A solution is one assignment of a model, with its energy and the time at which a solver found it.
+ * The energy is valid until a value changes, and is computed again only on request. One thread at a
+ * time may change a solution, and none may read it meanwhile.
+ *
+ * Functions that take the literal of a binary variable abort if the model does not have it; those
+ * that take an atom do so too, and on a literal that is no atom. */
+
+/* A new solution: variables 0, atoms at their lower bounds, the energy valid, no time. The second
+ * form first simplifies `e` as binary and compiles it without its constraints. */
 ZORV_API zorv_sol* zorv_sol_create(const zorv_model* m);
 ZORV_API zorv_sol* zorv_sol_create_from_expr(const zorv_expr* e);
+
+/* The copy shares the model and nothing else. */
 ZORV_API zorv_sol* zorv_sol_clone(const zorv_sol* sol);
 ZORV_API void zorv_sol_destroy(zorv_sol* sol);
+
+/* The solution itself as a handle of its model: lent, not to be destroyed, good as long as the
+ * solution lives. zorv_model_clone makes it one's own. */
 ZORV_API const zorv_model* zorv_sol_model(const zorv_sol* sol);
+
+/* zorv_model_var_count, zorv_model_has and zorv_model_var of that model. */
 ZORV_API uint64_t zorv_sol_var_count(const zorv_sol* sol);
 ZORV_API int zorv_sol_has(const zorv_sol* sol, uint32_t lit);
 ZORV_API uint32_t zorv_sol_model_var(const zorv_sol* sol, uint64_t i);
+
+/* The value of a literal, 0 or 1. */
 ZORV_API int zorv_sol_get(const zorv_sol* sol, uint32_t lit);
+
+/* Gives a literal a value, any but 0 being 1. A negated literal stores 1 - value, so that any value
+ * but 1 makes its variable 1. */
 ZORV_API void zorv_sol_set(zorv_sol* sol, uint32_t lit, int value);
+
+/* Toggles the variable of a literal. */
 ZORV_API void zorv_sol_flip(zorv_sol* sol, uint32_t lit);
+
+/* The value of an atom. Setting aborts on a value out of its bounds. */
 ZORV_API void zorv_sol_get_int(const zorv_sol* sol, uint32_t atom, CoeffWire* out);
 ZORV_API void zorv_sol_set_int(zorv_sol* sol, uint32_t atom, const CoeffWire* value);
+
+/* All values as the solution keeps them, lent.
+ *   zorv_sol_int_vals  [zorv_sol_int_count] by the number of the atom
+ *   zorv_sol_bits      [(zorv_sol_var_count + 63) / 64] variable i at bit i % 64 of word i / 64, the
+ *                      bits beyond the last one 0 */
 ZORV_API const coeff_t* zorv_sol_int_vals(const zorv_sol* sol);
 ZORV_API uint64_t zorv_sol_int_count(const zorv_sol* sol);
 ZORV_API const uint64_t* zorv_sol_bits(const zorv_sol* sol);
+
+/* Moves the words of the bits to `vec`, whose own block is freed with operator delete. The solution
+ * has no bits afterwards: nothing may read or change them, nor compute its energy. */
 ZORV_API void zorv_sol_steal_bits(zorv_sol* sol, WordVec* vec);
+
+/* The energy; both abort unless it is valid. */
 ZORV_API void zorv_sol_energy(const zorv_sol* sol, CoeffWire* out);
 ZORV_API void zorv_sol_energy_int(const zorv_sol* sol, CoeffWire* out);
+
+/* Whether the energy is valid, 1 or 0; the energy, computed in full if it is not; and an energy
+ * taken on trust, valid from then on. */
 ZORV_API int zorv_sol_energy_valid(const zorv_sol* sol);
 ZORV_API void zorv_sol_compute_energy(zorv_sol* sol, CoeffWire* out);
 ZORV_API void zorv_sol_set_energy(zorv_sol* sol, const CoeffWire* value);
+
+/* Seconds until a solver found the solution, -1.0 if none did. */
 ZORV_API double zorv_sol_tts(const zorv_sol* sol);
 ZORV_API void zorv_sol_set_tts(zorv_sol* sol, double seconds);
+
+/* The scale of the model, 1.0. */
 ZORV_API double zorv_sol_scale(const zorv_sol* sol);
+
+/* Copies all values of `src`, of whatever model, by variable. Aborts if the model of `dst` lacks a
+ * variable of the other, or has narrower bounds. The energy of `dst` is no longer valid. */
 ZORV_API void zorv_sol_set_from_sol(zorv_sol* dst, const zorv_sol* src);
+
+/* The solution as "energy:{{name,value},...}", binary variables alone. Aborts unless the energy is
+ * valid, and unless the ids of the model's n variables are 0 to n - 1. */
 ZORV_API const char* zorv_sol_str(const zorv_sol* sol);
+
+/* Evaluates any expression: its polynomial, plus the penalties of declared constraints and their
+ * free-form penalty. Never aborts: a term with a variable or an atom that the model does not have
+ * adds nothing, also if the literal is negated. */
 ZORV_API void zorv_sol_eval_expr(const zorv_sol* sol, const zorv_expr* e, CoeffWire* out);
 
 /* ---- EasySolver --------------------------------------------------------------------------------
  */
 
+/* Searches for a state of a model with the least energy that it can find. Heuristic: the energy it
+ * reports is exact, but nothing says that no lower one exists. This build solves models with
+ * integer variables, on an engine of its own that needs no other library.
+ *
+ * Parameters are pairs of texts, an array that ends with a null key; a null array means none. Keys
+ * are compared as a whole, of equal keys the last one counts, and an unknown key aborts. Numbers
+ * are read as strtod and strtoul read them, up to the first character that does not fit; without
+ * digits they are 0. A null value is an empty text.
+ *
+ *   key                      default        value
+ *   time_limit               10.0           seconds
+ *   target_energy            none           decimal integer of any length: the search stops once
+ *                                           the best energy is at or below it and no constraint
+ *                                           other than abs and relu terms is violated
+ *   seed                     random         64-bit unsigned
+ *   threads                  processors     search threads, 32-bit unsigned; 0 aborts
+ *                            of the process
+ *   topk_sols                no list        keep so many distinct states, of those that were the
+ *                                           record of a thread the best; 0 aborts
+ *   best_energy_sols         off            keep distinct states of the best energy: all, or as
+ *                                           many as the value says if it begins with a digit and
+ *                                           is not 0; topk_sols then has no effect
+ *   enable_default_callback  off            "1", "true" or "True": a line on the standard output
+ *                                           for each new best
+ *
+ * The line reads "TTS = 0.012s Energy = 57 Obj = 55 Viol = 1/36": seconds, energy, and where the
+ * model has declared constraints the energy without their penalties, and where some of them are
+ * not abs or relu terms how many of those are violated.
+ *
+ * With one thread, a seed, and a target that is reached before the time runs out, a search makes
+ * the same moves and gives the same result every time. With a time limit of 0 every thread still
+ * looks at one state. Every search reports, in this order:
+ *
+ *   info key             value
+ *   run_time             seconds, with 6 decimals
+ *   threads              search threads
+ *   rounds, proposals    of all threads together: annealings begun, moves looked at
+ *   engine               "integer-cpu"
+ *   os, cpu, gpu, ram    the machine */
+
+/* Returns a solver that shares the model. Aborts for a model without integer variables. */
 ZORV_API zorv_easy_wrapper* zorv_easy_solver_wrapper_create(const zorv_model* m);
 ZORV_API void zorv_easy_solver_wrapper_destroy(zorv_easy_wrapper* w);
+
+/* Searches and returns a new result, which may outlive the solver. Any number of searches may run
+ * on one solver, at the same time too. The first form has no place for integer values in a hint:
+ * its `hint` must be null. In the second one the hint is the state that the first thread starts
+ * from; if `hint_bits` is null the other two arguments are not looked at.
+ *   hint_bits  [(variables + 63) / 64] words, variable i at bit i % 64 of word i / 64
+ *   hint_ints  [hint_int_count] as zorv_sol_int_vals gives them
+ * Both abort on a bad parameter; the first on a hint; the second on a count other than the model's
+ * number of integer variables and on a value out of bounds. */
 ZORV_API zorv_result* zorv_easy_solver_wrapper_search(zorv_easy_wrapper* w, const ParamPair* params,
                                                       const uint64_t* hint);
 ZORV_API zorv_result* zorv_easy_solver_wrapper_search_int(zorv_easy_wrapper* w,
@@ -513,18 +666,36 @@ ZORV_API zorv_result* zorv_easy_solver_wrapper_search_int(zorv_easy_wrapper* w,
 /* ---- Search results ----------------------------------------------------------------------------
  */
 
+/* What a search found: the best state, a list of further ones and facts about the search. Indices
+ * are not checked, and a result is for one thread at a time. */
+
+/* The best energy, the seconds from the start of the search until it was found, and the binary
+ * part of the state, lent: [(variables + 63) / 64] words, variable i at bit i % 64 of word i / 64.
+ * Its integer part comes with the Sol below. */
 ZORV_API void zorv_easy_solver_result_energy(const zorv_result* r, CoeffWire* out);
 ZORV_API double zorv_easy_solver_result_tts(const zorv_result* r);
 ZORV_API const uint64_t* zorv_easy_solver_result_bits(const zorv_result* r);
+
+/* The same for each state that "topk_sols" or "best_energy_sols" asked for, by energy and among
+ * equals by arrival; the best one is among them. i is below the count. */
 ZORV_API uint64_t zorv_easy_solver_result_topk_count(const zorv_result* r);
 ZORV_API void zorv_easy_solver_result_topk_energy(const zorv_result* r, uint64_t i, CoeffWire* out);
 ZORV_API double zorv_easy_solver_result_topk_tts(const zorv_result* r, uint64_t i);
 ZORV_API const uint64_t* zorv_easy_solver_result_topk_bits(const zorv_result* r, uint64_t i);
+
+/* Swaps the words of the state with those of `vec`, which may be three null pointers. What the
+ * result gets is freed with it. */
 ZORV_API void zorv_easy_solver_result_steal_bits(zorv_result* r, WordVec* vec);
 ZORV_API void zorv_easy_solver_result_steal_topk_bits(zorv_result* r, uint64_t i, WordVec* vec);
+
+/* Keys and values of the facts, in the order above. The texts live as long as the result. */
 ZORV_API uint64_t zorv_easy_solver_result_info_count(const zorv_result* r);
 ZORV_API const char* zorv_easy_solver_result_info_key(const zorv_result* r, uint64_t i);
 ZORV_API const char* zorv_easy_solver_result_info_value(const zorv_result* r, uint64_t i);
+
+/* A new Sol of the state; `m` is the model that was searched, and the energy is taken over without
+ * being computed again. The words move into the Sol: afterwards the result has none, and a second
+ * Sol of the same state is without bits, so none may be asked of it. */
 ZORV_API zorv_sol* zorv_easy_solver_result_to_sol(zorv_result* r, const zorv_model* m);
 ZORV_API zorv_sol* zorv_easy_solver_result_topk_to_sol(zorv_result* r, uint64_t i,
                                                        const zorv_model* m);

@@ -180,7 +180,9 @@ TEST(Bulk, LoadsBehindTheEntriesAndNeverIntoTheFirstSlot) {
   for (uint32_t i = 0; i < n; ++i) {
     ASSERT_EQ(loaded.list[i].coeff, i + 1);
     ASSERT_EQ(loaded.list[i].vars.degree(), i % 5);
-    if (i % 5 == 4) ASSERT_EQ(loaded.list[i].vars[3], i + 3);
+    if (i % 5 == 4) {
+      ASSERT_EQ(loaded.list[i].vars[3], i + 3);
+    }
   }
 }
 

@@ -26,7 +26,7 @@ TEST(CoeffWire, WritesSignAndExactLimbs) {
     write_wire(row.value, &wire);
     EXPECT_EQ(wire.sign, row.sign) << row.value;
     EXPECT_EQ(std::vector<uint64_t>(wire.limbs, wire.limbs + wire.nlimbs), row.limbs) << row.value;
-    if (row.limbs.empty()) EXPECT_EQ(wire.limbs, nullptr);
+    EXPECT_EQ(wire.limbs == nullptr, row.limbs.empty());
     EXPECT_EQ(read_wire(&wire), row.value);
     std::free(wire.limbs);
   }
