@@ -43,10 +43,7 @@ class RegionMark {
 // at exit after everything else.
 class ThreadPool {
  public:
-  static ThreadPool& instance() {
-    static ThreadPool pool;
-    return pool;
-  }
+  static ThreadPool& instance();
 
   void run(uint32_t threads, const std::function<void()>& work);
 
@@ -54,6 +51,8 @@ class ThreadPool {
   ThreadPool();
   ~ThreadPool();
   void serve();
+  // No worker survives a fork: a child has the pool's memory but not its threads.
+  bool is_forked() const { return getpid() != owner_; }
 
   std::vector<std::thread> threads_;
   const pid_t owner_ = getpid();
@@ -72,12 +71,19 @@ ThreadPool::ThreadPool() {
   for (uint32_t i = 0; i < workers; ++i) threads_.emplace_back([this] { serve(); });
 }
 
+ThreadPool& ThreadPool::instance() {
+  // A forked child leaves the pool as it is: it could wait for the workers for ever.
+  struct Owner {
+    ThreadPool* const pool = new ThreadPool();
+    ~Owner() {
+      if (!pool->is_forked()) delete pool;
+    }
+  };
+  static const Owner owner;
+  return *owner.pool;
+}
+
 ThreadPool::~ThreadPool() {
-  if (getpid() != owner_) {
-    // A forked child has the objects of the workers but not the threads: nothing to join.
-    for (std::thread& thread : threads_) thread.detach();
-    return;
-  }
   {
     const std::lock_guard lock(lock_);
     stop_ = true;
@@ -105,7 +111,7 @@ void ThreadPool::serve() {
 }
 
 void ThreadPool::run(uint32_t threads, const std::function<void()>& work) {
-  if (getpid() != owner_) return work();  // no worker survives a fork
+  if (is_forked()) return work();
   const uint32_t pooled = static_cast<uint32_t>(threads_.size()) + 1;
   std::vector<std::thread> extra;
   for (uint32_t i = pooled; i < threads; ++i) {

@@ -2,7 +2,8 @@
 //
 // A model with native integer variables runs on the search engine of this library and needs nothing
 // else; the wrapper then holds no solver state between searches. Models of binary variables alone
-// are the work of solver libraries, which this build does not load: making a wrapper for one aborts.
+// are the work of solver libraries, which this build does not load: making a wrapper for one
+// aborts.
 #pragma once
 
 #include "model/model.h"
