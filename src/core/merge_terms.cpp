@@ -46,16 +46,16 @@ void sort_slots(TermList& list, const ClassSlots& slots, Precedes precedes) {
   }
 }
 
-// The first two literals of a packed list go back to their places; the others never left.
+// Makes the literals of a packed list. Those that need a block of their own get it here, once for
+// each term that is left and in the order of the result.
 void unpack(VarList& vars, const ClassSlots& slots) {
-  const uint64_t key = vars.head_pair();
+  uint64_t key = vars.head_pair();
   const uint64_t mask = (uint64_t{1} << slots.key_bits) - 1;
-  const auto literal_at = [&](uint32_t i) -> uint64_t {
-    const uint32_t shift = (slots.degree - 1 - i) * slots.key_bits;
-    return literal_of_key(static_cast<uint32_t>(key >> shift & mask));
-  };
-  const uint64_t second = slots.degree < 2 ? kNoLiteral : literal_at(1);
-  vars.set_head_pair(literal_at(0) | second << 32);
+  uint32_t literals[kDegreeClasses];
+  for (uint32_t i = slots.degree; i-- > 0; key >>= slots.key_bits) {
+    literals[i] = literal_of_key(static_cast<uint32_t>(key & mask));
+  }
+  vars = VarList(literals, slots.degree);
 }
 
 // Moves the terms of slots [from, from + n) down to slots [to, to + n).

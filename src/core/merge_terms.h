@@ -74,7 +74,7 @@ struct ClassSlots {
   bool ascend = true;
   bool merged = false;
   uint32_t degree = 0;
-  uint32_t key_bits = 0;  // if not 0, the slots' heads hold the whole literal list as one key
+  uint32_t key_bits = 0;  // if not 0, the slots' head pairs hold all literals as one number
 
   bool is_packed() const { return key_bits != 0; }
 };
@@ -115,14 +115,15 @@ inline void add_signed(coeff_t& sum, const coeff_t& c, bool is_negated) {
   } else {
     construct_copy(&slot->coeff, coeff);
   }
-  if (term.degree == 1) {
+  if (slots.is_packed()) {
+    new (&slot->vars) VarList(VarList::adopt(packed_key(term, slots.key_bits), nullptr));
+  } else if (term.degree == 1) {
     new (&slot->vars) VarList(literal_of_key(term.key(0)));
   } else if (term.degree == 2) {
     new (&slot->vars) VarList(literal_of_key(term.key(0)), literal_of_key(term.key(1)));
   } else {
     new (&slot->vars) VarList(literals_of(term));
   }
-  if (slots.is_packed()) slot->vars.set_head_pair(packed_key(term, slots.key_bits));
 }
 
 template <typename Rule>
