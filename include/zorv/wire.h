@@ -21,9 +21,9 @@ extern "C" {
  * record holds, so a fresh record must be zeroed before it is handed out: CoeffWire w = {0}; and
  * so must every record of an array. Afterwards the block belongs to the caller, who frees it. */
 typedef struct CoeffWire {
-  int32_t sign;     /* -1, 0, +1 */
-  uint32_t nlimbs;  /* number of 64-bit limbs */
-  uint64_t* limbs;  /* [nlimbs] magnitude, least significant limb first */
+  int32_t sign;    /* -1, 0, +1 */
+  uint32_t nlimbs; /* number of 64-bit limbs */
+  uint64_t* limbs; /* [nlimbs] magnitude, least significant limb first */
 } CoeffWire;
 
 /* One search parameter. An array of them ends with a record whose key is null. */

@@ -426,7 +426,8 @@ ZORV_API uint64_t zorv_cons_violation_count(const zorv_expr* e, const zorv_sol* 
  * not to be destroyed. Aborts unless there is exactly one constraint and no free-form penalty. */
 ZORV_API const zorv_expr* zorv_exprexprelem_get_body(const zorv_expr* e);
 
-/* ---- Models ------------------------------------------------------------------------------------ */
+/* ---- Models ------------------------------------------------------------------------------------
+ */
 
 /* A model is one expression, compiled to flat tables that never change. It is what engines and
  * solutions read. Its energy is the polynomial, objective and free-form penalty together, plus for
@@ -517,7 +518,8 @@ ZORV_API void zorv_model_remainder_info(const zorv_model* m, CoeffWire* constant
  *   bits  [(zorv_model_var_count + 63) / 64] variable i at bit i % 64 of word i / 64 */
 ZORV_API void zorv_model_eval(const zorv_model* m, const uint64_t* bits, CoeffWire* out);
 
-/* ---- Solutions --------------------------------------------------------------------------------- */
+/* ---- Solutions ---------------------------------------------------------------------------------
+ */
 
 /* A solution is one assignment of a model, with its energy and the time at which a solver found it.
  * The energy is valid until a value changes, and is computed again only on request. One thread at a
@@ -560,8 +562,8 @@ ZORV_API void zorv_sol_set_int(zorv_sol* sol, uint32_t atom, const CoeffWire* va
 
 /* All values as the solution keeps them, lent.
  *   zorv_sol_int_vals  [zorv_sol_int_count] by the number of the atom
- *   zorv_sol_bits      [(zorv_sol_var_count + 63) / 64] variable i at bit i % 64 of word i / 64, the
- *                      bits beyond the last one 0 */
+ *   zorv_sol_bits      [(zorv_sol_var_count + 63) / 64] variable i at bit i % 64 of word i / 64,
+ * the bits beyond the last one 0 */
 ZORV_API const coeff_t* zorv_sol_int_vals(const zorv_sol* sol);
 ZORV_API uint64_t zorv_sol_int_count(const zorv_sol* sol);
 ZORV_API const uint64_t* zorv_sol_bits(const zorv_sol* sol);

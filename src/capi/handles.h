@@ -55,12 +55,8 @@ inline zorv_easy_wrapper* wrap(EasySolver s) {
   return reinterpret_cast<zorv_easy_wrapper*>(new EasySolver(std::move(s)));
 }
 
-inline const zorv_term* borrow(const TermImpl& t) {
-  return reinterpret_cast<const zorv_term*>(&t);
-}
-inline const zorv_expr* borrow(const ExprImpl& e) {
-  return reinterpret_cast<const zorv_expr*>(&e);
-}
+inline const zorv_term* borrow(const TermImpl& t) { return reinterpret_cast<const zorv_term*>(&t); }
+inline const zorv_expr* borrow(const ExprImpl& e) { return reinterpret_cast<const zorv_expr*>(&e); }
 // Lent by the Sol that begins with it: one handle serves as both.
 inline const zorv_model* borrow(const ModelHandle& m) {
   return reinterpret_cast<const zorv_model*>(&m);
