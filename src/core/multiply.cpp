@@ -60,7 +60,7 @@ void fill_square_row(TermList& to, const ExprImpl& e, uint64_t i) {
   }
 }
 
-// e times c * literals: `construct(slot, term)` makes the product with one term.
+// e times t, where `construct(slot, term)` makes the product of one term with t.
 template <typename Construct>
 ExprImpl mul_each(const ExprImpl& e, const TermImpl& t, Construct construct) {
   const bool has_constant = !is_zero(e.constant);

@@ -122,9 +122,4 @@ void VarList::append(const VarList& other) {
   for (uint32_t i = 0; i < theirs; ++i) (*this)[mine + i] = other[i];
 }
 
-void VarList::shrink_to(uint32_t degree) {
-  const uint32_t old_degree = this->degree();
-  for (uint32_t i = degree; i < old_degree; ++i) (*this)[i] = kNoLiteral;
-}
-
 }  // namespace zorv

@@ -65,8 +65,6 @@ class VarList {
 
   void append(uint32_t literal);
   void append(const VarList& other);
-  // Keeps the first `degree` literals and marks the freed slots empty; the block stays.
-  void shrink_to(uint32_t degree);
 
   // Walks the literals in order: for (uint32_t literal : list).
   class Iterator;
