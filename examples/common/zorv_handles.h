@@ -18,6 +18,7 @@ struct Destroy {
 using Expr = std::unique_ptr<zorv_expr, Destroy<zorv_expr_destroy>>;
 using Model = std::unique_ptr<zorv_model, Destroy<zorv_model_destroy>>;
 using Sol = std::unique_ptr<zorv_sol, Destroy<zorv_sol_destroy>>;
+using Ilp = std::unique_ptr<zorv_ilp, Destroy<zorv_ilp_destroy>>;
 using Solver = std::unique_ptr<zorv_easy_wrapper, Destroy<zorv_easy_solver_wrapper_destroy>>;
 using Result = std::unique_ptr<zorv_result, Destroy<zorv_easy_solver_result_destroy>>;
 

@@ -1,0 +1,22 @@
+// From the column values that a solver found back to a solution of the model.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/zorv_handles.h"
+
+using ColumnValues = std::vector<int64_t>;
+
+// Reads the plain file that `glpsol -w` writes:
+//   s mip ROWS COLUMNS STATUS OBJECTIVE   status o for optimal, f for feasible
+//   j NUMBER VALUE                        for each column, numbered from 1
+// and any other lines. Returns nothing for another status: the solver found no point. Throws
+// UserError if the file is anything else, or not of a program with this many columns and the one
+// that is fixed to 1.
+std::optional<ColumnValues> read_solution(const std::string& path, uint64_t columns);
+
+// Throws UserError on a value out of its column's bounds.
+Sol decode(const zorv_model* model, const zorv_ilp* ilp, const ColumnValues& values);
