@@ -34,8 +34,8 @@
  *     no reader meanwhile. Variables must not be made while other threads render text.
  * 11. Long operations (above 9,999 terms) spread over threads inside the call; the number is
  *     ZORV_NUM_THREADS, or what the machine has. No result depends on it.
- * 12. Terms are not merged by arithmetic. zorv_expr_simplify and zorv_expr_simplify_as_binary do
- *     that, and a model wants the latter. Blocks of long expressions that were destroyed, at most
+ * 12. Terms are not merged by arithmetic. The zorv_expr_simplify functions do that, and a model
+ *     wants zorv_expr_simplify_as_binary. Blocks of long expressions that were destroyed, at most
  *     four and 1 GiB, are kept for the next ones; the kernel may take their pages when it needs
  *     them.
  */
@@ -53,11 +53,16 @@
 extern "C" {
 #endif
 
-typedef struct zorv_term zorv_term;     /* a coefficient times literals */
-typedef struct zorv_expr zorv_expr;     /* a polynomial, and the constraints it carries */
-typedef struct zorv_model zorv_model;   /* a compiled expression; never changes */
-typedef struct zorv_sol zorv_sol;       /* an assignment of a model, with its energy */
-typedef struct zorv_result zorv_result; /* what a search found */
+typedef struct zorv_term zorv_term;             /* a coefficient times literals */
+typedef struct zorv_expr zorv_expr;             /* a polynomial, and the constraints it carries */
+typedef struct zorv_array_var zorv_array_var;   /* an array of literals */
+typedef struct zorv_array_int zorv_array_int;   /* of integers */
+typedef struct zorv_array_term zorv_array_term; /* of terms */
+typedef struct zorv_array_expr zorv_array_expr; /* of expressions */
+typedef struct zorv_model zorv_model;           /* a compiled expression; never changes */
+typedef struct zorv_sol zorv_sol;               /* an assignment of a model, with its energy */
+typedef struct zorv_ilp zorv_ilp;               /* the integer linear program of a model */
+typedef struct zorv_result zorv_result;         /* what a search found */
 typedef struct zorv_easy_wrapper zorv_easy_wrapper; /* a solver on one model */
 typedef struct coeff_t coeff_t;                     /* an unbounded integer of the library's own */
 
@@ -250,11 +255,66 @@ ZORV_API void zorv_expr_idiv_int(zorv_expr* e, const CoeffWire* c);
 /* The canonical form as a new expression: equal terms added up, zeros dropped, literals and terms
  * sorted (lower degree first). The binary form also reads variables as 0/1: x*x is x, x*~x is 0,
  * and ~x is 1 - x in terms that have degree 1 or 2; terms of degree 3 and more keep their
- * complements, and powers of atoms stay. The bodies of constraints are simplified likewise; the tag
- * is kept or names their simplified form. cost  linear for terms that are nearly in order, as
- * products are; else that of sorting them */
+ * complements, and powers of atoms stay. The spin form reads variables as -1/+1: s*s is 1 and ~s is
+ * -s; it aborts on an atom in a term whose coefficient is not 0. The bodies of constraints are
+ * simplified likewise; the tag is kept or names their simplified form. cost  linear for terms that
+ * are nearly in order, as products are; else that of sorting them */
 ZORV_API zorv_expr* zorv_expr_simplify(const zorv_expr* e);
 ZORV_API zorv_expr* zorv_expr_simplify_as_binary(const zorv_expr* e);
+ZORV_API zorv_expr* zorv_expr_simplify_as_spin(const zorv_expr* e);
+
+/* The same polynomial over the other kind of variables, by x = (s + 1)/2 and s = 2*x - 1. To stay
+ * among integers zorv_expr_binary_to_spin returns 2^D times the value, with D the highest degree of
+ * a term of `e` as it stands (see zorv_expr_max_degree); there and back again leaves that factor.
+ * Results are simplified for their kind and have a plain tag. Both abort on declared constraints,
+ * then on atoms. cost  2^d terms for a term of d different variables, which may end in
+ * std::bad_alloc */
+ZORV_API zorv_expr* zorv_expr_binary_to_spin(const zorv_expr* e);
+ZORV_API zorv_expr* zorv_expr_spin_to_binary(const zorv_expr* e);
+
+/* The expression with exprs[i] in place of the literal vars[i], as a new one, multiplied out and
+ * not merged. Keys are raw literals: a key x leaves ~x alone, and a later key overrides an equal
+ * one. In declared constraints bodies and the free-form penalty are rewritten too; any other tag is
+ * cleared.
+ *   vars, exprs  [n], only read; tags of `exprs` play no part
+ *   cost         linear in the size of the result; spread over threads */
+ZORV_API zorv_expr* zorv_expr_replace(const zorv_expr* e, const uint32_t* vars,
+                                      zorv_expr* const* exprs, uint64_t n);
+
+/* Writes the value of `e` where the variable vars[i] has the value *values[i]; a later entry
+ * overrides an equal one. A complement in `e` counts as 1 minus the value of its variable; atoms
+ * are keyed by their literal. Aborts on declared constraints, and on a variable of any term, also
+ * of one with coefficient 0, that has no value.
+ *   vars, values  [n], only read; values are pointers to records */
+ZORV_API void zorv_expr_eval_map(const zorv_expr* e, const uint32_t* vars,
+                                 const CoeffWire* const* values, uint64_t n, CoeffWire* out);
+
+/* Writes the value of `e` on a bit assignment of a model. A variable that the model does not have
+ * counts as 0, and so does its complement. Aborts on declared constraints, then on atoms.
+ *   bits  [(zorv_model_var_count + 63) / 64] words, dense index i at bit i % 64 of word i / 64 */
+ZORV_API void zorv_expr_eval_with_model(const zorv_expr* e, const zorv_model* m,
+                                        const uint64_t* bits, CoeffWire* out);
+
+/* Writes the greatest common divisor of the constant and all coefficients, 0 if all are 0. */
+ZORV_API void zorv_expr_gcd(const zorv_expr* e, CoeffWire* out);
+
+/* Write the upper and the lower bound of the values that `e` can take, as the sum of the bounds of
+ * its terms after simplification as binary: for binary variables the constant plus all positive,
+ * or all negative, coefficients. Terms are taken apart, so the bounds need not be reached. Abort
+ * on an atom that is not known. */
+ZORV_API void zorv_expr_pos_sum(const zorv_expr* e, CoeffWire* out);
+ZORV_API void zorv_expr_neg_sum(const zorv_expr* e, CoeffWire* out);
+
+/* A polynomial of degree 2 at most whose minimum over the new auxiliary variables is the value of
+ * `e`, for every assignment of 0/1 variables; good for minimisation only. Each term of degree d >=
+ * 3 has auxiliary variables of its own, named "{r0}", "{r1}" and so on: one for a negative
+ * coefficient, about log2(d) for a positive one. Simplified as binary, plain tag. Aborts on
+ * declared constraints, then on atoms. */
+ZORV_API zorv_expr* zorv_expr_reduce(const zorv_expr* e);
+
+/* The same for each element, in flat order and without the aborts: declared constraints are
+ * dropped, and atoms count as if they were binary. */
+ZORV_API zorv_array_expr* zorv_array_expr_reduce(const zorv_array_expr* a);
 
 /* "2 +x -3*y"; "0" for zero. The tag has no effect on it. */
 ZORV_API const char* zorv_expr_str(const zorv_expr* e);
@@ -281,6 +341,19 @@ ZORV_API uint32_t zorv_new_int_var_array(const char* name, const uint64_t* shape
 /* Writes the bounds of an atom. Aborts if the literal names none. */
 ZORV_API void zorv_int_var_bounds(uint32_t literal, CoeffWire* lo, CoeffWire* hi);
 
+/* The expression with every atom written in bits, as a new one with a plain tag, multiplied out and
+ * not merged. The bits of the atom "n" are the binary variables "n#0", "n#1" and so on, made by the
+ * first call that meets the atom and shared by all later ones; its value is lo plus the sum of
+ * zorv_comp_coeffs times bit. Aborts on constraints, which zorv_expr_expand_cons turns into
+ * polynomials first, and on an unknown atom. */
+ZORV_API zorv_expr* zorv_expr_binarize(const zorv_expr* e);
+
+/* The coefficients by which bits encode the values lo .. hi: 1, 2, 4, ... and what is left, which
+ * add up to hi - lo. None if hi is not above lo.
+ *   out  [zorv_comp_coeffs_count] */
+ZORV_API uint64_t zorv_comp_coeffs_count(const CoeffWire* lo, const CoeffWire* hi);
+ZORV_API void zorv_comp_coeffs(const CoeffWire* lo, const CoeffWire* hi, CoeffWire* out);
+
 /* ---- VarInt values -----------------------------------------------------------------------------
  */
 
@@ -301,6 +374,12 @@ ZORV_API zorv_expr* zorv_varintelem_create(const char* name, const CoeffWire* lo
 ZORV_API zorv_expr* zorv_varintelem_create_with_vars(const char* name, const CoeffWire* lo,
                                                      const CoeffWire* hi, const CoeffWire* coeffs,
                                                      const uint32_t* vars, uint64_t n);
+
+/* Makes an array of VarInt values with common bounds. Their variables are one block named `name`,
+ * of this shape and a last axis over the bits. */
+ZORV_API zorv_array_expr* zorv_array_varint_create_uniform(const char* name, const uint64_t* shape,
+                                                           size_t ndim, const CoeffWire* lo,
+                                                           const CoeffWire* hi);
 
 /* zorv_expr_clone and zorv_expr_destroy under other names. */
 ZORV_API zorv_expr* zorv_varintelem_clone(const zorv_expr* e);
@@ -425,6 +504,541 @@ ZORV_API uint64_t zorv_cons_violation_count(const zorv_expr* e, const zorv_sol* 
 /* The stored body of the only constraint of `e`: lent by the library for the life of the process,
  * not to be destroyed. Aborts unless there is exactly one constraint and no free-form penalty. */
 ZORV_API const zorv_expr* zorv_exprexprelem_get_body(const zorv_expr* e);
+
+/* The penalty polynomial of lo <= f <= hi: 0 where it holds and positive elsewhere, once the new
+ * slack variables, "{s0}", "{s1}" and so on, are at their best. Ranges of one or two values need no
+ * slack; hi below lo gives no penalty at all. Not merged, plain tag; the tag of `f` plays no part.
+ */
+ZORV_API zorv_expr* zorv_between(const zorv_expr* f, const CoeffWire* lo, const CoeffWire* hi);
+
+/* The polynomial of `e` plus weight times penalty for each declared constraint plus its free-form
+ * penalty, as a new expression with a plain tag, not merged: for solvers that know no constraints.
+ * Slack variables are new on every call. Without declared constraints a copy, which stays a VarInt
+ * if it was one and loses any other tag. Allowed values are expanded as the range from the lowest
+ * to the highest, and an equality of negative weight as a negative square. Aborts on abs and relu
+ * terms, on a constraint without bounds, and on a range of negative weight. */
+ZORV_API zorv_expr* zorv_expr_expand_cons(const zorv_expr* e);
+
+/* ---- Arrays ------------------------------------------------------------------------------------
+ */
+
+/* An array is a dense N-dimensional block in row-major order, of one of four kinds of elements: var
+ * (literals), int (unbounded integers), term and expr. Arrays of VarInt values and of constraints
+ * are arrays of expressions whose elements have tags. Every array owns its elements, and whatever
+ * gives another shape copies. Rank 0, no axis at all, means one element; an extent of 0 means none.
+ * `shape` is [ndim] extents throughout, outermost first; indices are flat, in row-major order, and
+ * unchecked, as axes are. Loops of more than 9,999 elements are spread over threads. */
+
+/* New arrays of zeros: literal 0, integer 0, the term 0, the expression 0. */
+ZORV_API zorv_array_var* zorv_array_var_create(const uint64_t* shape, size_t ndim);
+ZORV_API zorv_array_int* zorv_array_int_create(const uint64_t* shape, size_t ndim);
+ZORV_API zorv_array_int* zorv_array_int_create_zero(const uint64_t* shape, size_t ndim);
+ZORV_API zorv_array_term* zorv_array_term_create(const uint64_t* shape, size_t ndim);
+ZORV_API zorv_array_expr* zorv_array_expr_create(const uint64_t* shape, size_t ndim);
+ZORV_API zorv_array_expr* zorv_array_expr_create_zero(const uint64_t* shape, size_t ndim);
+
+/* New arrays of given elements, which are copied.
+ *   literals, coeffs, terms, exprs  [product of shape] in row-major order; handles by pointer */
+ZORV_API zorv_array_var* zorv_array_var_create_data(const uint32_t* literals, const uint64_t* shape,
+                                                    size_t ndim);
+ZORV_API zorv_array_int* zorv_array_int_create_data(const CoeffWire* coeffs, const uint64_t* shape,
+                                                    size_t ndim);
+ZORV_API zorv_array_term* zorv_array_term_create_data(zorv_term* const* terms,
+                                                      const uint64_t* shape, size_t ndim);
+ZORV_API zorv_array_expr* zorv_array_expr_create_data(zorv_expr* const* exprs,
+                                                      const uint64_t* shape, size_t ndim);
+
+/* Makes a block of binary variables, as zorv_new_var_array does, and an array of their literals. A
+ * null or empty name draws a generated one. */
+ZORV_API zorv_array_var* zorv_array_var_create_named(const char* name, const uint64_t* shape,
+                                                     size_t ndim);
+ZORV_API zorv_array_var* zorv_array_var_create_unnamed(const uint64_t* shape, size_t ndim);
+
+/* Arrays in which every element is the same integer, or the same variable, as an expression. */
+ZORV_API zorv_array_expr* zorv_array_expr_create_constant_int(const uint64_t* shape, size_t ndim,
+                                                              const CoeffWire* value);
+ZORV_API zorv_array_expr* zorv_array_expr_create_constant_var(const uint64_t* shape, size_t ndim,
+                                                              uint32_t v);
+
+/* Copies, tags of expressions included. zorv_array_expr_from_expr is another name of the last. */
+ZORV_API zorv_array_var* zorv_array_var_clone(const zorv_array_var* a);
+ZORV_API zorv_array_int* zorv_array_int_clone(const zorv_array_int* a);
+ZORV_API zorv_array_term* zorv_array_term_clone(const zorv_array_term* a);
+ZORV_API zorv_array_expr* zorv_array_expr_clone(const zorv_array_expr* a);
+ZORV_API zorv_array_expr* zorv_array_expr_from_expr(const zorv_array_expr* a);
+
+/* Free an array with its elements. */
+ZORV_API void zorv_array_var_destroy(zorv_array_var* a);
+ZORV_API void zorv_array_int_destroy(zorv_array_int* a);
+ZORV_API void zorv_array_term_destroy(zorv_array_term* a);
+ZORV_API void zorv_array_expr_destroy(zorv_array_expr* a);
+
+/* The number of elements, the rank, the extents (lent by the array), and the extent of one axis. */
+ZORV_API uint64_t zorv_array_var_size(const zorv_array_var* a);
+ZORV_API size_t zorv_array_var_ndim(const zorv_array_var* a);
+ZORV_API const uint64_t* zorv_array_var_shape(const zorv_array_var* a);
+ZORV_API uint64_t zorv_array_var_shape_at(const zorv_array_var* a, int axis);
+ZORV_API uint64_t zorv_array_int_size(const zorv_array_int* a);
+ZORV_API size_t zorv_array_int_ndim(const zorv_array_int* a);
+ZORV_API const uint64_t* zorv_array_int_shape(const zorv_array_int* a);
+ZORV_API uint64_t zorv_array_int_shape_at(const zorv_array_int* a, int axis);
+ZORV_API uint64_t zorv_array_term_size(const zorv_array_term* a);
+ZORV_API size_t zorv_array_term_ndim(const zorv_array_term* a);
+ZORV_API const uint64_t* zorv_array_term_shape(const zorv_array_term* a);
+ZORV_API uint64_t zorv_array_term_shape_at(const zorv_array_term* a, int axis);
+ZORV_API uint64_t zorv_array_expr_size(const zorv_array_expr* a);
+ZORV_API size_t zorv_array_expr_ndim(const zorv_array_expr* a);
+ZORV_API const uint64_t* zorv_array_expr_shape(const zorv_array_expr* a);
+ZORV_API uint64_t zorv_array_expr_shape_at(const zorv_array_expr* a, int axis);
+
+/* Elements. _get gives a copy, for terms and expressions a new handle, and _set copies in.
+ * zorv_array_var_data lends the literals in row-major order, zorv_array_expr_ref one expression in
+ * place, which may be changed but not destroyed. Both die with the array. */
+ZORV_API uint32_t zorv_array_var_get(const zorv_array_var* a, uint64_t i);
+ZORV_API void zorv_array_var_set(zorv_array_var* a, uint64_t i, uint32_t v);
+ZORV_API const uint32_t* zorv_array_var_data(const zorv_array_var* a);
+ZORV_API void zorv_array_int_get(const zorv_array_int* a, uint64_t i, CoeffWire* out);
+ZORV_API void zorv_array_int_set(zorv_array_int* a, uint64_t i, const CoeffWire* c);
+ZORV_API zorv_term* zorv_array_term_get(const zorv_array_term* a, uint64_t i);
+ZORV_API void zorv_array_term_set(zorv_array_term* a, uint64_t i, const zorv_term* t);
+ZORV_API zorv_expr* zorv_array_expr_get(const zorv_array_expr* a, uint64_t i);
+ZORV_API zorv_expr* zorv_array_expr_ref(zorv_array_expr* a, uint64_t i);
+ZORV_API void zorv_array_expr_set(zorv_array_expr* a, uint64_t i, const zorv_expr* e);
+
+/* A copy of the element with a plain tag: the polynomial of a VarInt, the penalty of a constraint.
+ */
+ZORV_API zorv_expr* zorv_array_varint_get_expr(const zorv_array_expr* a, uint64_t i);
+ZORV_API zorv_expr* zorv_array_exprexpr_get_penalty(const zorv_array_expr* a, uint64_t i);
+
+/* Slice i of axis 0, as an array of one rank less; null for rank 0. A slice of rank 1 has rank 0.
+ */
+ZORV_API zorv_array_var* zorv_array_var_subarray(const zorv_array_var* a, uint64_t i);
+ZORV_API zorv_array_int* zorv_array_int_subarray(const zorv_array_int* a, uint64_t i);
+ZORV_API zorv_array_term* zorv_array_term_subarray(const zorv_array_term* a, uint64_t i);
+ZORV_API zorv_array_expr* zorv_array_expr_subarray(const zorv_array_expr* a, uint64_t i);
+
+/* The positions lo[k] .. hi[k] - 1 of each axis k. An axis with drop[k] not 0 is fixed at lo[k] and
+ * vanishes, hi[k] being unused; axes from n on are fixed at 0 and vanish too.
+ *   lo, hi, drop  [n] */
+ZORV_API zorv_array_var* zorv_array_var_view(const zorv_array_var* a, const uint64_t* lo,
+                                             const uint64_t* hi, const uint8_t* drop, size_t n);
+ZORV_API zorv_array_int* zorv_array_int_view(const zorv_array_int* a, const uint64_t* lo,
+                                             const uint64_t* hi, const uint8_t* drop, size_t n);
+ZORV_API zorv_array_term* zorv_array_term_view(const zorv_array_term* a, const uint64_t* lo,
+                                               const uint64_t* hi, const uint8_t* drop, size_t n);
+ZORV_API zorv_array_expr* zorv_array_expr_view(const zorv_array_expr* a, const uint64_t* lo,
+                                               const uint64_t* hi, const uint8_t* drop, size_t n);
+
+/* `a` and behind it, along `axis`, `b`. The other axes are those of `a` and are not compared. */
+ZORV_API zorv_array_var* zorv_array_var_concat(const zorv_array_var* a, const zorv_array_var* b,
+                                               int axis);
+ZORV_API zorv_array_int* zorv_array_int_concat(const zorv_array_int* a, const zorv_array_int* b,
+                                               int axis);
+ZORV_API zorv_array_term* zorv_array_term_concat(const zorv_array_term* a, const zorv_array_term* b,
+                                                 int axis);
+ZORV_API zorv_array_expr* zorv_array_expr_concat(const zorv_array_expr* a, const zorv_array_expr* b,
+                                                 int axis);
+
+/* The last `tail` axes, from the flat position `offset` on; the rank is `tail`. */
+ZORV_API zorv_array_int* zorv_array_int_clone_subview(const zorv_array_int* a, uint64_t offset,
+                                                      uint64_t tail);
+ZORV_API zorv_array_expr* zorv_array_expr_clone_subview(const zorv_array_expr* a, uint64_t offset,
+                                                        uint64_t tail);
+
+/* "{{a,b},{c,d}}", elements as by the functions for single ones; "{}" for rank 0 and for an axis
+ * without positions. */
+ZORV_API const char* zorv_array_var_str(const zorv_array_var* a);
+ZORV_API const char* zorv_array_int_str(const zorv_array_int* a);
+ZORV_API const char* zorv_array_term_str(const zorv_array_term* a);
+ZORV_API const char* zorv_array_expr_str(const zorv_array_expr* a);
+
+/* Writes the integers cut down to 32 bits: what is out of range becomes the nearest value in it.
+ *   out  [zorv_array_int_size] */
+ZORV_API void zorv_array_int_to_ints(const zorv_array_int* a, int32_t* out);
+
+/* ---- Arrays, element by element ----------------------------------------------------------------
+ */
+
+/* There is no broadcasting: two arrays combine only if their shapes are equal, and otherwise abort;
+ * a scalar has functions of its own and stands on the right. Operands are only read and may be the
+ * same array. Results of two integer operands are integers; products without an expression are
+ * terms; everything else is an expression. Nothing is merged: x + x has two terms.
+ *
+ * Tags: an element that is a copy of an expression with something added, subtracted or multiplied
+ * in as an integer keeps that expression's tag, and the other operand's is left aside; products
+ * with variables, terms and expressions are plain. With zorv_array_expr_mul_int,
+ * zorv_array_expr_mul_eq_int, zorv_array_expr_mul_array_int and zorv_array_expr_negate tags are
+ * scaled as zorv_expr_imul_int does, with its abort; zorv_array_expr_mul_eq_array_int and the
+ * products with an integer on the left leave them as they are. */
+
+/* a + b. An expression comes first, whichever side it stands on; other operands come in their
+ * order. */
+ZORV_API zorv_array_expr* zorv_array_var_add_array_var(const zorv_array_var* a,
+                                                       const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_var_add_array_int(const zorv_array_var* a,
+                                                       const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_var_add_array_term(const zorv_array_var* a,
+                                                        const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_var_add_array_expr(const zorv_array_var* a,
+                                                        const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_int_add_array_var(const zorv_array_int* a,
+                                                       const zorv_array_var* b);
+ZORV_API zorv_array_int* zorv_array_int_add_array_int(const zorv_array_int* a,
+                                                      const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_int_add_array_term(const zorv_array_int* a,
+                                                        const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_int_add_array_expr(const zorv_array_int* a,
+                                                        const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_term_add_array_var(const zorv_array_term* a,
+                                                        const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_term_add_array_int(const zorv_array_term* a,
+                                                        const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_term_add_array_term(const zorv_array_term* a,
+                                                         const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_term_add_array_expr(const zorv_array_term* a,
+                                                         const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_expr_add_array_var(const zorv_array_expr* a,
+                                                        const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_expr_add_array_int(const zorv_array_expr* a,
+                                                        const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_expr_add_array_term(const zorv_array_expr* a,
+                                                         const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_expr_add_array_expr(const zorv_array_expr* a,
+                                                         const zorv_array_expr* b);
+
+/* The same with one scalar on the right for all elements. */
+ZORV_API zorv_array_expr* zorv_array_var_add_var(const zorv_array_var* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_var_add_int(const zorv_array_var* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_var_add_term(const zorv_array_var* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_var_add_expr(const zorv_array_var* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_int_add_var(const zorv_array_int* a, uint32_t s);
+ZORV_API zorv_array_int* zorv_array_int_add_int(const zorv_array_int* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_int_add_term(const zorv_array_int* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_int_add_expr(const zorv_array_int* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_term_add_var(const zorv_array_term* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_term_add_int(const zorv_array_term* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_term_add_term(const zorv_array_term* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_term_add_expr(const zorv_array_term* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_expr_add_var(const zorv_array_expr* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_expr_add_int(const zorv_array_expr* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_expr_add_term(const zorv_array_expr* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_expr_add_expr(const zorv_array_expr* a, const zorv_expr* s);
+
+/* a - b: the terms of `a`, then those of `b` negated. */
+ZORV_API zorv_array_expr* zorv_array_var_sub_array_var(const zorv_array_var* a,
+                                                       const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_var_sub_array_int(const zorv_array_var* a,
+                                                       const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_var_sub_array_term(const zorv_array_var* a,
+                                                        const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_var_sub_array_expr(const zorv_array_var* a,
+                                                        const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_int_sub_array_var(const zorv_array_int* a,
+                                                       const zorv_array_var* b);
+ZORV_API zorv_array_int* zorv_array_int_sub_array_int(const zorv_array_int* a,
+                                                      const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_int_sub_array_term(const zorv_array_int* a,
+                                                        const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_int_sub_array_expr(const zorv_array_int* a,
+                                                        const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_term_sub_array_var(const zorv_array_term* a,
+                                                        const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_term_sub_array_int(const zorv_array_term* a,
+                                                        const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_term_sub_array_term(const zorv_array_term* a,
+                                                         const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_term_sub_array_expr(const zorv_array_term* a,
+                                                         const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_array_var(const zorv_array_expr* a,
+                                                        const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_array_int(const zorv_array_expr* a,
+                                                        const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_array_term(const zorv_array_expr* a,
+                                                         const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_array_expr(const zorv_array_expr* a,
+                                                         const zorv_array_expr* b);
+
+/* The same with one scalar on the right for all elements. */
+ZORV_API zorv_array_expr* zorv_array_var_sub_var(const zorv_array_var* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_var_sub_int(const zorv_array_var* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_var_sub_term(const zorv_array_var* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_var_sub_expr(const zorv_array_var* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_int_sub_var(const zorv_array_int* a, uint32_t s);
+ZORV_API zorv_array_int* zorv_array_int_sub_int(const zorv_array_int* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_int_sub_term(const zorv_array_int* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_int_sub_expr(const zorv_array_int* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_term_sub_var(const zorv_array_term* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_term_sub_int(const zorv_array_term* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_term_sub_term(const zorv_array_term* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_term_sub_expr(const zorv_array_term* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_var(const zorv_array_expr* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_int(const zorv_array_expr* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_term(const zorv_array_expr* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_expr_sub_expr(const zorv_array_expr* a, const zorv_expr* s);
+
+/* a * b: the literals of `a`, then those of `b`; those of a variable or a term come behind those of
+ * an expression on either side, and those of a variable behind those of a term. */
+ZORV_API zorv_array_term* zorv_array_var_mul_array_var(const zorv_array_var* a,
+                                                       const zorv_array_var* b);
+ZORV_API zorv_array_term* zorv_array_var_mul_array_int(const zorv_array_var* a,
+                                                       const zorv_array_int* b);
+ZORV_API zorv_array_term* zorv_array_var_mul_array_term(const zorv_array_var* a,
+                                                        const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_var_mul_array_expr(const zorv_array_var* a,
+                                                        const zorv_array_expr* b);
+ZORV_API zorv_array_term* zorv_array_int_mul_array_var(const zorv_array_int* a,
+                                                       const zorv_array_var* b);
+ZORV_API zorv_array_int* zorv_array_int_mul_array_int(const zorv_array_int* a,
+                                                      const zorv_array_int* b);
+ZORV_API zorv_array_term* zorv_array_int_mul_array_term(const zorv_array_int* a,
+                                                        const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_int_mul_array_expr(const zorv_array_int* a,
+                                                        const zorv_array_expr* b);
+ZORV_API zorv_array_term* zorv_array_term_mul_array_var(const zorv_array_term* a,
+                                                        const zorv_array_var* b);
+ZORV_API zorv_array_term* zorv_array_term_mul_array_int(const zorv_array_term* a,
+                                                        const zorv_array_int* b);
+ZORV_API zorv_array_term* zorv_array_term_mul_array_term(const zorv_array_term* a,
+                                                         const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_term_mul_array_expr(const zorv_array_term* a,
+                                                         const zorv_array_expr* b);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_array_var(const zorv_array_expr* a,
+                                                        const zorv_array_var* b);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_array_int(const zorv_array_expr* a,
+                                                        const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_array_term(const zorv_array_expr* a,
+                                                         const zorv_array_term* b);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_array_expr(const zorv_array_expr* a,
+                                                         const zorv_array_expr* b);
+
+/* The same with one scalar on the right for all elements. */
+ZORV_API zorv_array_term* zorv_array_var_mul_var(const zorv_array_var* a, uint32_t s);
+ZORV_API zorv_array_term* zorv_array_var_mul_int(const zorv_array_var* a, const CoeffWire* s);
+ZORV_API zorv_array_term* zorv_array_var_mul_term(const zorv_array_var* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_var_mul_expr(const zorv_array_var* a, const zorv_expr* s);
+ZORV_API zorv_array_term* zorv_array_int_mul_var(const zorv_array_int* a, uint32_t s);
+ZORV_API zorv_array_int* zorv_array_int_mul_int(const zorv_array_int* a, const CoeffWire* s);
+ZORV_API zorv_array_term* zorv_array_int_mul_term(const zorv_array_int* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_int_mul_expr(const zorv_array_int* a, const zorv_expr* s);
+ZORV_API zorv_array_term* zorv_array_term_mul_var(const zorv_array_term* a, uint32_t s);
+ZORV_API zorv_array_term* zorv_array_term_mul_int(const zorv_array_term* a, const CoeffWire* s);
+ZORV_API zorv_array_term* zorv_array_term_mul_term(const zorv_array_term* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_term_mul_expr(const zorv_array_term* a, const zorv_expr* s);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_var(const zorv_array_expr* a, uint32_t s);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_int(const zorv_array_expr* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_term(const zorv_array_expr* a, const zorv_term* s);
+ZORV_API zorv_array_expr* zorv_array_expr_mul_expr(const zorv_array_expr* a, const zorv_expr* s);
+
+/* The same in place. The scalar may belong to the array itself: every element sees its old value.
+ */
+ZORV_API void zorv_array_expr_add_eq_array_var(zorv_array_expr* a, const zorv_array_var* b);
+ZORV_API void zorv_array_expr_add_eq_array_int(zorv_array_expr* a, const zorv_array_int* b);
+ZORV_API void zorv_array_expr_add_eq_array_term(zorv_array_expr* a, const zorv_array_term* b);
+ZORV_API void zorv_array_expr_add_eq_array_expr(zorv_array_expr* a, const zorv_array_expr* b);
+ZORV_API void zorv_array_expr_sub_eq_array_var(zorv_array_expr* a, const zorv_array_var* b);
+ZORV_API void zorv_array_expr_sub_eq_array_int(zorv_array_expr* a, const zorv_array_int* b);
+ZORV_API void zorv_array_expr_sub_eq_array_term(zorv_array_expr* a, const zorv_array_term* b);
+ZORV_API void zorv_array_expr_sub_eq_array_expr(zorv_array_expr* a, const zorv_array_expr* b);
+ZORV_API void zorv_array_expr_mul_eq_array_var(zorv_array_expr* a, const zorv_array_var* b);
+ZORV_API void zorv_array_expr_mul_eq_array_int(zorv_array_expr* a, const zorv_array_int* b);
+ZORV_API void zorv_array_expr_mul_eq_array_term(zorv_array_expr* a, const zorv_array_term* b);
+ZORV_API void zorv_array_expr_mul_eq_array_expr(zorv_array_expr* a, const zorv_array_expr* b);
+ZORV_API void zorv_array_expr_add_eq_var(zorv_array_expr* a, uint32_t s);
+ZORV_API void zorv_array_expr_add_eq_int(zorv_array_expr* a, const CoeffWire* s);
+ZORV_API void zorv_array_expr_add_eq_term(zorv_array_expr* a, const zorv_term* s);
+ZORV_API void zorv_array_expr_add_eq_expr(zorv_array_expr* a, const zorv_expr* s);
+ZORV_API void zorv_array_expr_sub_eq_var(zorv_array_expr* a, uint32_t s);
+ZORV_API void zorv_array_expr_sub_eq_int(zorv_array_expr* a, const CoeffWire* s);
+ZORV_API void zorv_array_expr_sub_eq_term(zorv_array_expr* a, const zorv_term* s);
+ZORV_API void zorv_array_expr_sub_eq_expr(zorv_array_expr* a, const zorv_expr* s);
+ZORV_API void zorv_array_expr_mul_eq_var(zorv_array_expr* a, uint32_t s);
+ZORV_API void zorv_array_expr_mul_eq_int(zorv_array_expr* a, const CoeffWire* s);
+ZORV_API void zorv_array_expr_mul_eq_term(zorv_array_expr* a, const zorv_term* s);
+ZORV_API void zorv_array_expr_mul_eq_expr(zorv_array_expr* a, const zorv_expr* s);
+ZORV_API void zorv_array_int_add_eq_array_int(zorv_array_int* a, const zorv_array_int* b);
+ZORV_API void zorv_array_int_add_eq_int(zorv_array_int* a, const CoeffWire* s);
+ZORV_API void zorv_array_int_sub_eq_array_int(zorv_array_int* a, const zorv_array_int* b);
+ZORV_API void zorv_array_int_sub_eq_int(zorv_array_int* a, const CoeffWire* s);
+ZORV_API void zorv_array_int_mul_eq_array_int(zorv_array_int* a, const zorv_array_int* b);
+ZORV_API void zorv_array_int_mul_eq_int(zorv_array_int* a, const CoeffWire* s);
+ZORV_API void zorv_array_term_mul_eq_int(zorv_array_term* a, const CoeffWire* s);
+
+/* -a, always as expressions. */
+ZORV_API zorv_array_expr* zorv_array_var_negate(const zorv_array_var* a);
+ZORV_API zorv_array_expr* zorv_array_int_negate(const zorv_array_int* a);
+ZORV_API zorv_array_expr* zorv_array_term_negate(const zorv_array_term* a);
+ZORV_API zorv_array_expr* zorv_array_expr_negate(const zorv_array_expr* a);
+
+/* The complement of each literal. */
+ZORV_API zorv_array_var* zorv_array_var_invert(const zorv_array_var* a);
+
+/* Squares, and canonical forms as for single expressions, but always with plain tags: elements lose
+ * their constraints. */
+ZORV_API zorv_array_expr* zorv_array_expr_sqr(const zorv_array_expr* a);
+ZORV_API zorv_array_expr* zorv_array_expr_simplify(const zorv_array_expr* a);
+ZORV_API zorv_array_expr* zorv_array_expr_simplify_as_binary(const zorv_array_expr* a);
+ZORV_API zorv_array_expr* zorv_array_expr_simplify_as_spin(const zorv_array_expr* a);
+
+/* Replaces literals in each element in place, by the rules of zorv_expr_replace.
+ *   vars, exprs  [n], only read */
+ZORV_API void zorv_array_expr_replace(zorv_array_expr* a, const uint32_t* vars,
+                                      zorv_expr* const* exprs, uint64_t n);
+
+/* The terms coeffs[i] * vars[i], with the shape of `coeffs`; the shapes are not compared, and
+ * `vars` has at least as many elements. */
+ZORV_API zorv_array_term* zorv_array_int_coeffvec_mul_var(const zorv_array_int* coeffs,
+                                                          const zorv_array_var* vars);
+
+/* Division by an integer, in place or as a new array. Integers are truncated towards 0, and their
+ * division by 0 is a C++ exception. Terms and expressions divide exactly: they abort on 0 and on a
+ * remainder; tags stay as they are. */
+ZORV_API void zorv_array_int_div_eq_int(zorv_array_int* a, const CoeffWire* s);
+ZORV_API void zorv_array_term_div_eq_int(zorv_array_term* a, const CoeffWire* s);
+ZORV_API zorv_array_term* zorv_array_term_div_int(const zorv_array_term* a, const CoeffWire* s);
+ZORV_API void zorv_array_expr_div_eq_int(zorv_array_expr* a, const CoeffWire* s);
+ZORV_API zorv_array_expr* zorv_array_expr_div_int(const zorv_array_expr* a, const CoeffWire* s);
+
+/* ---- Sums of arrays ----------------------------------------------------------------------------
+ */
+
+/* A sum is an expression, or an array of them, whatever the elements are; nothing is merged, and
+ * terms come in the order of the elements. A sum of constrained expressions carries the constraints
+ * of all of them, plain ones joining the penalty among classic constraints; it aborts when declared
+ * and classic constraints meet. */
+
+/* The sum of all elements. */
+ZORV_API zorv_expr* zorv_array_var_sum(const zorv_array_var* a);
+ZORV_API zorv_expr* zorv_array_int_sum(const zorv_array_int* a);
+ZORV_API zorv_expr* zorv_array_term_sum(const zorv_array_term* a);
+ZORV_API zorv_expr* zorv_array_expr_sum(const zorv_array_expr* a);
+
+/* The sum of n expressions.
+ *   exprs  [n], only read */
+ZORV_API zorv_expr* zorv_array_sum(zorv_expr* const* exprs, uint64_t n);
+
+/* The sums along one axis, which the result does not have any more. */
+ZORV_API zorv_array_expr* zorv_array_var_vector_sum(const zorv_array_var* a, int axis);
+ZORV_API zorv_array_expr* zorv_array_int_vector_sum(const zorv_array_int* a, int axis);
+ZORV_API zorv_array_expr* zorv_array_term_vector_sum(const zorv_array_term* a, int axis);
+ZORV_API zorv_array_expr* zorv_array_expr_vector_sum(const zorv_array_expr* a, int axis);
+
+/* The same for elements in no array: writes new handles, the caller's.
+ *   data  [product of shape] by `kind`: 0 pointers to expressions, 1 literals, 2 term records one
+ *         after the other, as zorv_expr_term_at points into; of any other kind they count as 0
+ *   ndim  at least 1
+ *   out   [product of all extents but that of the axis] */
+ZORV_API void zorv_array_vector_sum(const void* data, int kind, const uint64_t* shape, size_t ndim,
+                                    int axis, zorv_expr** out);
+
+/* One-hot slices along an axis as positions: the position of the only 1 of a slice that is
+ * otherwise 0, and -1 for any other slice. A negative axis counts from the end. Shape (1) if no
+ * axis remains; null if there is no such axis. */
+ZORV_API zorv_array_int* zorv_array_int_onehot_to_int(const zorv_array_int* a, int axis);
+
+/* The same for plain integers along the last axis, but only the sum of a row is tested: the last
+ * position that holds a 1 if the row adds up to 1, and -1 otherwise. Rank 0 does nothing.
+ *   bits  [product of shape]; out  [product of all extents but the last] */
+ZORV_API void zorv_onehot_to_int(const int32_t* bits, const uint64_t* shape, size_t ndim,
+                                 int32_t* out);
+
+/* ---- Einsum ------------------------------------------------------------------------------------
+ */
+
+/* Contracts arrays along labelled axes: "ij,jk->ik" multiplies matrices. Labels are single bytes,
+ * one for each axis of an input; tabs, newlines and blanks mean nothing. Labels of the output are
+ * summed over by none; without "->" the output has every label that occurs exactly once, in
+ * ascending order of signed bytes. A label that an input has twice walks its diagonal. A "," behind
+ * the last input ends the reading, and what follows is ignored.
+ *
+ * Each output element is the sum, over all positions of the other labels with the last one fastest,
+ * of the products of one element of each input, in their order. Among terms a product of 0 is left
+ * out. Nothing is merged; tags play no part.
+ *   type_tags    [input_count] 0 var, 1 int, 2 term, 3 expr
+ *   inputs       [input_count] handles of arrays of those kinds, only read
+ *   output_kind  0 for a zorv_array_int*, which needs inputs of kind 1 only; otherwise the result
+ *                is a zorv_array_expr*. The caller owns it.
+ *   out_dim      the rank that the caller expects
+ * Aborts on a subscript, ranks, extents, kinds or an expected rank that do not fit together. *
+ * cost  one product for each combination of labels; spread over threads */
+ZORV_API void* zorv_einsum(const char* subscript, int32_t input_count, const uint32_t* type_tags,
+                           void* const* inputs, int output_kind, uint64_t out_dim);
+
+/* ---- Constraints on arrays ---------------------------------------------------------------------
+ */
+
+/* Arrays of classic constraints with the shape of `a`: each element is a penalty polynomial, as
+ * zorv_between makes it, and carries a constraint with the element as body and with the bounds. A
+ * lower bound above the upper one gives no penalty, and the constraint shows the conflict. Arrays
+ * of bounds need the shape of `a` and abort otherwise, the lower one first. */
+
+/* lo <= a <= hi, with bounds for all elements or one for each. */
+ZORV_API zorv_array_expr* zorv_array_var_between(const zorv_array_var* a, const CoeffWire* lo,
+                                                 const CoeffWire* hi);
+ZORV_API zorv_array_expr* zorv_array_int_between(const zorv_array_int* a, const CoeffWire* lo,
+                                                 const CoeffWire* hi);
+ZORV_API zorv_array_expr* zorv_array_term_between(const zorv_array_term* a, const CoeffWire* lo,
+                                                  const CoeffWire* hi);
+ZORV_API zorv_array_expr* zorv_array_expr_between(const zorv_array_expr* a, const CoeffWire* lo,
+                                                  const CoeffWire* hi);
+ZORV_API zorv_array_expr* zorv_array_var_between_array_int(const zorv_array_var* a,
+                                                           const zorv_array_int* lo,
+                                                           const zorv_array_int* hi);
+ZORV_API zorv_array_expr* zorv_array_int_between_array_int(const zorv_array_int* a,
+                                                           const zorv_array_int* lo,
+                                                           const zorv_array_int* hi);
+ZORV_API zorv_array_expr* zorv_array_term_between_array_int(const zorv_array_term* a,
+                                                            const zorv_array_int* lo,
+                                                            const zorv_array_int* hi);
+ZORV_API zorv_array_expr* zorv_array_expr_between_array_int(const zorv_array_expr* a,
+                                                            const zorv_array_int* lo,
+                                                            const zorv_array_int* hi);
+
+/* v <= a and a <= v. The other bound is the constant of the element plus its positive, or negative,
+ * coefficients after simplification as binary; with atoms in an element that is no bound, and
+ * zorv_array_expr_between with a bound of one's own is to be used. */
+ZORV_API zorv_array_expr* zorv_array_var_ge_int(const zorv_array_var* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_int_ge_int(const zorv_array_int* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_term_ge_int(const zorv_array_term* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_expr_ge_int(const zorv_array_expr* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_var_le_int(const zorv_array_var* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_int_le_int(const zorv_array_int* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_term_le_int(const zorv_array_term* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_expr_le_int(const zorv_array_expr* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_var_ge_array_int(const zorv_array_var* a,
+                                                      const zorv_array_int* lo);
+ZORV_API zorv_array_expr* zorv_array_int_ge_array_int(const zorv_array_int* a,
+                                                      const zorv_array_int* lo);
+ZORV_API zorv_array_expr* zorv_array_term_ge_array_int(const zorv_array_term* a,
+                                                       const zorv_array_int* lo);
+ZORV_API zorv_array_expr* zorv_array_expr_ge_array_int(const zorv_array_expr* a,
+                                                       const zorv_array_int* lo);
+ZORV_API zorv_array_expr* zorv_array_var_le_array_int(const zorv_array_var* a,
+                                                      const zorv_array_int* hi);
+ZORV_API zorv_array_expr* zorv_array_int_le_array_int(const zorv_array_int* a,
+                                                      const zorv_array_int* hi);
+ZORV_API zorv_array_expr* zorv_array_term_le_array_int(const zorv_array_term* a,
+                                                       const zorv_array_int* hi);
+ZORV_API zorv_array_expr* zorv_array_expr_le_array_int(const zorv_array_expr* a,
+                                                       const zorv_array_int* hi);
+
+/* a = v, with the penalty (a - v)^2. No slack variable arises. */
+ZORV_API zorv_array_expr* zorv_array_var_eq_int(const zorv_array_var* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_int_eq_int(const zorv_array_int* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_term_eq_int(const zorv_array_term* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_expr_eq_int(const zorv_array_expr* a, const CoeffWire* v);
+ZORV_API zorv_array_expr* zorv_array_var_eq_array_int(const zorv_array_var* a,
+                                                      const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_term_eq_array_int(const zorv_array_term* a,
+                                                       const zorv_array_int* b);
+ZORV_API zorv_array_expr* zorv_array_expr_eq_array_int(const zorv_array_expr* a,
+                                                       const zorv_array_int* b);
+
+/* The penalty of lo <= element <= hi for elements in no array, as plain expressions, the caller's.
+ *   elements  [n] by `kind`: 0 pointers to expressions, 1 literals, 2 term records one after the
+ *             other; for any other kind expressions of 0 are written
+ *   out       [n] */
+ZORV_API void zorv_array_between(const void* elements, int kind, const CoeffWire* lo,
+                                 const CoeffWire* hi, zorv_expr** out, uint64_t n);
 
 /* ---- Models ------------------------------------------------------------------------------------
  */
@@ -558,6 +1172,10 @@ ZORV_API void zorv_sol_flip(zorv_sol* sol, uint32_t lit);
 
 /* The value of an atom. Setting aborts on a value out of its bounds. */
 ZORV_API void zorv_sol_get_int(const zorv_sol* sol, uint32_t atom, CoeffWire* out);
+
+/* The value of each literal, 0 or 1, as a new array. A variable that the model does not have counts
+ * as 0, so its complement is 1. */
+ZORV_API zorv_array_int* zorv_array_int_from_sol(const zorv_sol* sol, const zorv_array_var* array);
 ZORV_API void zorv_sol_set_int(zorv_sol* sol, uint32_t atom, const CoeffWire* value);
 
 /* All values as the solution keeps them, lent.
@@ -601,6 +1219,65 @@ ZORV_API const char* zorv_sol_str(const zorv_sol* sol);
  * free-form penalty. Never aborts: a term with a variable or an atom that the model does not have
  * adds nothing, also if the literal is negated. */
 ZORV_API void zorv_sol_eval_expr(const zorv_sol* sol, const zorv_expr* e, CoeffWire* out);
+
+/* ---- ILP export --------------------------------------------------------------------------------
+ */
+
+/* A model with a linear objective and linear constraints as an integer linear program, for another
+ * solver: minimise the objective over columns within bounds and rows with bounds on both sides.
+ * Constraints are hard there and weights play no part. A declared constraint is a row. A term of
+ * the free-form penalty, of whatever degree, is a row that keeps its literals from being all true;
+ * the term is then 0 and, from degree 2 on, left out of the objective. So the objective of every
+ * feasible point is its energy, and 0 is its penalty.
+ *
+ * The program is a copy and does not need the model any more. It never changes, and any number of
+ * threads may read it. Columns c, rows r, entries j and bits b are numbered from 0, unchecked. */
+
+/* The program of a model, or null if the model is none; zorv_ilp_last_error tells why: a negative
+ * weight, an abs or relu term, a product in the objective that the penalty does not have, a
+ * constant or a negative term in the penalty. Aborts on a nonlinear constraint body and on allowed
+ * values. A VarInt becomes one integer column if its bits occur in no penalty term and elsewhere in
+ * the proportions of its coefficients only; its record counts, not the expression, so after
+ * zorv_var_reset one of an old VarInt may meet new variables. */
+ZORV_API zorv_ilp* zorv_model_ilp_build(const zorv_model* m);
+
+/* Why the last build on this thread gave null, "" if it did not. The text stays good until the next
+ * build on this thread. */
+ZORV_API const char* zorv_ilp_last_error(void);
+ZORV_API void zorv_ilp_destroy(zorv_ilp* ilp);
+
+/* The columns: binary variables first, then VarInts, then atoms, each by ascending number or age.
+ *   kind       0 binary, 1 integer
+ *   model_var  number of the variable, or of the atom, in the model; -1 for a VarInt
+ *   bounds     both ends inside */
+ZORV_API uint64_t zorv_ilp_ncols(const zorv_ilp* ilp);
+ZORV_API uint32_t zorv_ilp_col_kind(const zorv_ilp* ilp, uint64_t c);
+ZORV_API int32_t zorv_ilp_col_model_var(const zorv_ilp* ilp, uint64_t c);
+ZORV_API void zorv_ilp_col_bounds(const zorv_ilp* ilp, uint64_t c, CoeffWire* lo, CoeffWire* hi);
+
+/* The bits of a VarInt's column, none for other columns: their number in the model, and what each
+ * adds to the value. col_decode finds bits for a value, greedily by descending coefficient; it
+ * aborts if that fails, which it does for every value but 0 of a column without bits.
+ *   bits  [zorv_ilp_col_nbits] each written as 0 or 1 */
+ZORV_API uint64_t zorv_ilp_col_nbits(const zorv_ilp* ilp, uint64_t c);
+ZORV_API uint32_t zorv_ilp_col_bit_var(const zorv_ilp* ilp, uint64_t c, uint64_t b);
+ZORV_API void zorv_ilp_col_bit_coeff(const zorv_ilp* ilp, uint64_t c, uint64_t b, CoeffWire* out);
+ZORV_API void zorv_ilp_col_decode(const zorv_ilp* ilp, uint64_t c, const CoeffWire* value,
+                                  uint8_t* bits);
+
+/* The objective: the coefficient of column c, and the constant. */
+ZORV_API void zorv_ilp_obj(const zorv_ilp* ilp, uint64_t c, CoeffWire* out);
+ZORV_API void zorv_ilp_obj_constant(const zorv_ilp* ilp, CoeffWire* out);
+
+/* The rows: those of declared constraints as the model has them, then those of the penalty. Entries
+ * are not 0; a row may have none.
+ *   lo_free, hi_free  written as 1 if the column bounds alone keep the row on that side, else 0 */
+ZORV_API uint64_t zorv_ilp_nrows(const zorv_ilp* ilp);
+ZORV_API uint64_t zorv_ilp_row_nnz(const zorv_ilp* ilp, uint64_t r);
+ZORV_API uint32_t zorv_ilp_row_col(const zorv_ilp* ilp, uint64_t r, uint64_t j);
+ZORV_API void zorv_ilp_row_coeff(const zorv_ilp* ilp, uint64_t r, uint64_t j, CoeffWire* out);
+ZORV_API void zorv_ilp_row_bounds(const zorv_ilp* ilp, uint64_t r, CoeffWire* lo, CoeffWire* hi,
+                                  uint32_t* lo_free, uint32_t* hi_free);
 
 /* ---- EasySolver --------------------------------------------------------------------------------
  */

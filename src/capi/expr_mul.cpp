@@ -1,6 +1,5 @@
-// Products, division, negation and simplification.
+// Products, division and negation.
 #include "capi/handles.h"
-#include "core/simplify.h"
 #include "core/tagged_arithmetic.h"
 
 namespace zorv {
@@ -35,14 +34,6 @@ void zorv_expr_idiv_int(zorv_expr* e, const CoeffWire* c) {
 }
 
 void zorv_expr_negate(zorv_expr* e) { negate_tagged(unwrap(e)); }
-
-zorv_expr* zorv_expr_simplify(const zorv_expr* e) {
-  return wrap(simplify_with_attr(unwrap(e), expr_simplify));
-}
-
-zorv_expr* zorv_expr_simplify_as_binary(const zorv_expr* e) {
-  return wrap(simplify_with_attr(unwrap(e), expr_simplify_as_binary));
-}
 
 }  // extern "C"
 

@@ -5,12 +5,15 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
+#include "arrays/array.h"
 #include "core/coeff_wire.h"
 #include "core/expr.h"
 #include "core/term.h"
+#include "model/ilp.h"
 #include "model/model.h"
 #include "model/sol.h"
 #include "solvers/easy_solver.h"
@@ -19,55 +22,77 @@
 
 namespace zorv {
 
-inline TermImpl& unwrap(zorv_term* t) { return *reinterpret_cast<TermImpl*>(t); }
-inline const TermImpl& unwrap(const zorv_term* t) { return *reinterpret_cast<const TermImpl*>(t); }
-inline ExprImpl& unwrap(zorv_expr* e) { return *reinterpret_cast<ExprImpl*>(e); }
-inline const ExprImpl& unwrap(const zorv_expr* e) { return *reinterpret_cast<const ExprImpl*>(e); }
-inline Sol& unwrap(zorv_sol* s) { return *reinterpret_cast<Sol*>(s); }
-inline const Sol& unwrap(const zorv_sol* s) { return *reinterpret_cast<const Sol*>(s); }
-// Also reached with a Sol, which begins with the handle.
-inline const ModelHandle& unwrap(const zorv_model* m) {
-  return *reinterpret_cast<const ModelHandle*>(m);
-}
-inline SearchResult& unwrap(zorv_result* r) { return *reinterpret_cast<SearchResult*>(r); }
-inline const SearchResult& unwrap(const zorv_result* r) {
-  return *reinterpret_cast<const SearchResult*>(r);
-}
-inline EasySolver& unwrap(zorv_easy_wrapper* w) { return *reinterpret_cast<EasySolver*>(w); }
-inline const coeff_t* unwrap(const ::coeff_t* c) { return reinterpret_cast<const coeff_t*>(c); }
-
+// Which record stands behind which handle.
+template <typename Handle>
+struct RecordOf;
+template <typename Record>
+struct HandleOf;
+#define ZORV_HANDLE(handle, ...) \
+  template <>                    \
+  struct RecordOf<handle> {      \
+    using Type = __VA_ARGS__;    \
+  };                             \
+  template <>                    \
+  struct HandleOf<__VA_ARGS__> { \
+    using Type = handle;         \
+  };
+ZORV_HANDLE(zorv_term, TermImpl)
+ZORV_HANDLE(zorv_expr, ExprImpl)
+ZORV_HANDLE(zorv_array_var, ArrayImpl<uint32_t>)
+ZORV_HANDLE(zorv_array_int, ArrayImpl<coeff_t>)
+ZORV_HANDLE(zorv_array_term, ArrayImpl<TermImpl>)
+ZORV_HANDLE(zorv_array_expr, ArrayImpl<ExprImpl>)
+// A Sol begins with this record, and serves as a model too.
+ZORV_HANDLE(zorv_model, ModelHandle)
+ZORV_HANDLE(zorv_sol, Sol)
+ZORV_HANDLE(zorv_ilp, IlpModel)
+ZORV_HANDLE(zorv_result, SearchResult)
+ZORV_HANDLE(zorv_easy_wrapper, EasySolver)
+#undef ZORV_HANDLE
 static_assert(std::is_standard_layout_v<Sol> && offsetof(Sol, model) == 0);
 
-inline zorv_term* wrap(TermImpl t) {
-  return reinterpret_cast<zorv_term*>(new TermImpl(std::move(t)));
+template <typename Handle>
+auto& unwrap(Handle* handle) {
+  return *reinterpret_cast<typename RecordOf<Handle>::Type*>(handle);
 }
-inline zorv_expr* wrap(ExprImpl e) {
-  return reinterpret_cast<zorv_expr*>(new ExprImpl(std::move(e)));
+template <typename Handle>
+const auto& unwrap(const Handle* handle) {
+  return *reinterpret_cast<const typename RecordOf<Handle>::Type*>(handle);
 }
-inline zorv_sol* wrap(Sol s) { return reinterpret_cast<zorv_sol*>(new Sol(std::move(s))); }
-inline zorv_model* wrap(ModelHandle m) {
-  return reinterpret_cast<zorv_model*>(new ModelHandle(std::move(m)));
+// Runs of handles that are only read, and coefficients in the library's own form.
+template <typename Handle>
+auto unwrap(Handle* const* run) {
+  return reinterpret_cast<const typename RecordOf<Handle>::Type* const*>(run);
 }
-inline zorv_result* wrap(SearchResult r) {
-  return reinterpret_cast<zorv_result*>(new SearchResult(std::move(r)));
+inline const coeff_t* unwrap(const ::coeff_t* c) { return reinterpret_cast<const coeff_t*>(c); }
+
+// Makes a handle that the caller owns.
+template <typename Record>
+auto wrap(Record record) {
+  using Handle = typename HandleOf<Record>::Type;
+  return reinterpret_cast<Handle*>(new Record(std::move(record)));
 }
-inline zorv_easy_wrapper* wrap(EasySolver s) {
-  return reinterpret_cast<zorv_easy_wrapper*>(new EasySolver(std::move(s)));
+// Null for nothing.
+template <typename Record>
+auto wrap(std::optional<Record> record) {
+  using Handle = typename HandleOf<Record>::Type;
+  return record.has_value() ? wrap(*std::move(record)) : static_cast<Handle*>(nullptr);
 }
 
-inline const zorv_term* borrow(const TermImpl& t) { return reinterpret_cast<const zorv_term*>(&t); }
-inline const zorv_expr* borrow(const ExprImpl& e) { return reinterpret_cast<const zorv_expr*>(&e); }
-// Lent by the Sol that begins with it: one handle serves as both.
-inline const zorv_model* borrow(const ModelHandle& m) {
-  return reinterpret_cast<const zorv_model*>(&m);
+template <typename Handle>
+void destroy(Handle* handle) {
+  delete reinterpret_cast<typename RecordOf<Handle>::Type*>(handle);
+}
+
+// A handle for what somebody else owns.
+template <typename Record>
+auto borrow(const Record& record) {
+  return reinterpret_cast<const typename HandleOf<Record>::Type*>(&record);
+}
+template <typename Record>
+auto borrow(Record& record) {
+  return reinterpret_cast<typename HandleOf<Record>::Type*>(&record);
 }
 inline const ::coeff_t* borrow(const coeff_t* c) { return reinterpret_cast<const ::coeff_t*>(c); }
-
-inline void destroy(zorv_term* t) { delete reinterpret_cast<TermImpl*>(t); }
-inline void destroy(zorv_expr* e) { delete reinterpret_cast<ExprImpl*>(e); }
-inline void destroy(zorv_sol* s) { delete reinterpret_cast<Sol*>(s); }
-inline void destroy(zorv_result* r) { delete reinterpret_cast<SearchResult*>(r); }
-inline void destroy(zorv_easy_wrapper* w) { delete reinterpret_cast<EasySolver*>(w); }
-inline void destroy(zorv_model* m) { delete reinterpret_cast<ModelHandle*>(m); }
 
 }  // namespace zorv

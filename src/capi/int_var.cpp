@@ -1,6 +1,7 @@
 #include "integer/int_var.h"
 
 #include "capi/handles.h"
+#include "integer/series.h"
 
 namespace zorv {
 
@@ -19,6 +20,14 @@ void zorv_int_var_bounds(uint32_t literal, CoeffWire* lo, CoeffWire* hi) {
   const IntVarGroup& group = int_var_bounds(literal);
   write_wire(group.lo, lo);
   write_wire(group.hi, hi);
+}
+
+uint64_t zorv_comp_coeffs_count(const CoeffWire* lo, const CoeffWire* hi) {
+  return encoding_series(read_wire(lo), read_wire(hi), 1).size();
+}
+
+void zorv_comp_coeffs(const CoeffWire* lo, const CoeffWire* hi, CoeffWire* out) {
+  for (const coeff_t& c : encoding_series(read_wire(lo), read_wire(hi), 1)) write_wire(c, out++);
 }
 
 }  // extern "C"

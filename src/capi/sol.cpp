@@ -87,6 +87,10 @@ void zorv_sol_eval_expr(const zorv_sol* sol, const zorv_expr* e, CoeffWire* out)
   write_wire(sol_eval(unwrap(sol), unwrap(e)), out);
 }
 
+zorv_array_int* zorv_array_int_from_sol(const zorv_sol* sol, const zorv_array_var* array) {
+  return wrap(sol_values(unwrap(sol), unwrap(array)));
+}
+
 }  // extern "C"
 
 }  // namespace zorv

@@ -1,6 +1,7 @@
 #include "integer/varint.h"
 
 #include "capi/handles.h"
+#include "capi/shapes.h"
 
 namespace zorv {
 
@@ -59,6 +60,12 @@ uint64_t zorv_varintelem_decompose(const zorv_expr* e, const CoeffWire* value, u
 
 void zorv_varintelem_replace_expr(zorv_expr* element, const zorv_expr* e) {
   replace_polynomial(unwrap(element), unwrap(e));
+}
+
+zorv_array_expr* zorv_array_varint_create_uniform(const char* name, const uint64_t* shape,
+                                                  size_t ndim, const CoeffWire* lo,
+                                                  const CoeffWire* hi) {
+  return wrap(make_varint_array(name, read_shape(shape, ndim), read_wire(lo), read_wire(hi)));
 }
 
 }  // extern "C"

@@ -19,24 +19,24 @@ SumParts parts_of_operand(uint32_t attr, const ExprImpl* polynomial, bool declar
   return parts;
 }
 
-// A new entry with the simplified body and everything else as in the old one.
-uint32_t simplified_entry(uint32_t index, ExprImpl (*simplify)(const ExprImpl&)) {
-  const uint32_t simplified = add_expr_expr(simplify(*expr_expr(index).body));
-  copy_metadata(simplified, index);
-  return simplified;
+// A new entry with the rewritten body and everything else as in the old one.
+uint32_t rewritten_entry(uint32_t index, const Rewrite& rewrite) {
+  const uint32_t rewritten = add_expr_expr(rewrite(*expr_expr(index).body));
+  copy_metadata(rewritten, index);
+  return rewritten;
 }
 
-ConstraintSum simplified_sum(const ConstraintSum& sum, ExprImpl (*simplify)(const ExprImpl&)) {
-  ConstraintSum simplified;
-  simplified.declared = sum.declared;
-  simplified.items.reserve(sum.items.size());
+ConstraintSum rewritten_sum(const ConstraintSum& sum, const Rewrite& rewrite) {
+  ConstraintSum rewritten;
+  rewritten.declared = sum.declared;
+  rewritten.items.reserve(sum.items.size());
   for (const ConstraintItem& item : sum.items) {
-    simplified.items.push_back({simplified_entry(item.index, simplify), item.weight});
+    rewritten.items.push_back({rewritten_entry(item.index, rewrite), item.weight});
   }
   if (sum.remainder != nullptr) {
-    simplified.remainder = std::make_unique<ExprImpl>(simplify(*sum.remainder));
+    rewritten.remainder = std::make_unique<ExprImpl>(rewrite(*sum.remainder));
   }
-  return simplified;
+  return rewritten;
 }
 
 uint32_t attr_of_new(ConstraintSum sum) { return kSumTag | add_constraint_sum(std::move(sum)); }
@@ -77,6 +77,24 @@ uint32_t combine(uint32_t a, const ExprImpl* left, uint32_t b, const ExprImpl* r
   return attr_of_new(std::move(sum));
 }
 
+uint32_t sum_attr(uint64_t n, const std::function<const ExprImpl&(uint64_t)>& at) {
+  bool declared = false;
+  bool classic = false;
+  for (uint64_t i = 0; i < n; ++i) {
+    declared = declared || carries_declared(at(i).attr);
+    classic = classic || is_classic(at(i).attr);
+  }
+  if (declared && classic) {
+    fatal("zorv::cons: cannot sum declared and classic penalty-style constraints in one array");
+  }
+  if (!declared && !classic) return kPlainAttr;
+  ConstraintSum sum;
+  sum.declared = declared;
+  for (uint64_t i = 0; i < n; ++i)
+    append_parts(sum, parts_of_operand(at(i).attr, &at(i), declared));
+  return attr_of_new(std::move(sum));
+}
+
 uint32_t scale(uint32_t a, const coeff_t& factor) {
   if (!is_constraint_attr(a)) return kPlainAttr;
   const bool declared = carries_declared(a);
@@ -95,11 +113,11 @@ uint32_t scale(uint32_t a, const coeff_t& factor) {
   return attr_of_new(std::move(scaled));
 }
 
-uint32_t simplified_attr(uint32_t attr, ExprImpl (*simplify)(const ExprImpl&)) {
+uint32_t rewritten_attr(uint32_t attr, const Rewrite& rewrite) {
   if (!is_constraint_attr(attr)) return attr;
   const uint32_t index = attr_index(attr);
-  if (is_expr_expr_attr(attr)) return kExprExprTag | simplified_entry(index, simplify);
-  return attr_of_new(simplified_sum(constraint_sum(index), simplify));
+  if (is_expr_expr_attr(attr)) return kExprExprTag | rewritten_entry(index, rewrite);
+  return attr_of_new(rewritten_sum(constraint_sum(index), rewrite));
 }
 
 }  // namespace zorv

@@ -16,7 +16,12 @@ void for_each_coeff(TermList& list, F f) {
   par_for(list.count, [&](uint64_t i) { f(list.terms[i].coeff); });
 }
 
-// Divides if there is no remainder, and tells whether it did.
+void check_divisor(const coeff_t& divisor) {
+  if (is_zero(divisor)) fatal("Division by zero");
+}
+
+}  // namespace
+
 bool divide_exactly(coeff_t& dividend, const coeff_t& divisor) {
   coeff_t quotient, remainder;
   boost::multiprecision::divide_qr(dividend, divisor, quotient, remainder);
@@ -24,12 +29,6 @@ bool divide_exactly(coeff_t& dividend, const coeff_t& divisor) {
   dividend = std::move(quotient);
   return true;
 }
-
-void check_divisor(const coeff_t& divisor) {
-  if (is_zero(divisor)) fatal("Division by zero");
-}
-
-}  // namespace
 
 TermImpl mul(const TermImpl& a, const TermImpl& b) {
   return TermImpl(a.coeff * b.coeff, VarList::concat(a.vars, b.vars));

@@ -14,6 +14,8 @@ namespace zorv {
 TermImpl mul(const TermImpl& a, const TermImpl& b);
 void imul(TermImpl& a, const TermImpl& b);
 TermImpl negated(const TermImpl& t);
+// Divides if there is no remainder, and tells whether it did. The divisor is not 0.
+bool divide_exactly(coeff_t& dividend, const coeff_t& divisor);
 // Aborts on 0 and on a remainder.
 void idiv(TermImpl& t, const coeff_t& divisor);
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "core/coeff.h"
 
@@ -31,8 +32,16 @@ uint32_t combine(uint32_t a, const ExprImpl* left, uint32_t b, const ExprImpl* r
 // declared constraints that are requirements.
 uint32_t scale(uint32_t a, const coeff_t& factor);
 
-// The tag of a simplified expression: bodies and remainder of the constraints that `attr` names
-// are simplified by `simplify` into new entries. Plain and VarInt tags are kept.
-uint32_t simplified_attr(uint32_t attr, ExprImpl (*simplify)(const ExprImpl&));
+// The tag of the sum of n expressions, at(0), at(1), ...: the constraints of all of them in order.
+// Plain polynomials join the penalty among classic constraints. Aborts when declared and classic
+// constraints meet.
+uint32_t sum_attr(uint64_t n, const std::function<const ExprImpl&(uint64_t)>& at);
+
+// A function from polynomials to polynomials, such as a simplification.
+using Rewrite = std::function<ExprImpl(const ExprImpl&)>;
+
+// The tag of a rewritten expression: bodies and remainder of the constraints that `attr` names are
+// rewritten into new entries, which keep everything else. Plain and VarInt tags are kept.
+uint32_t rewritten_attr(uint32_t attr, const Rewrite& rewrite);
 
 }  // namespace zorv

@@ -22,6 +22,10 @@ inline bool is_zero(const coeff_t& c) {
   return c.backend().size() == 1 && *c.backend().limbs() == 0;
 }
 
+inline bool is_one(const coeff_t& c) {
+  return c.backend().size() == 1 && *c.backend().limbs() == 1 && !c.backend().sign();
+}
+
 inline bool is_negative(const coeff_t& c) { return c.backend().sign(); }
 
 inline void negate(coeff_t& c) { c.backend().negate(); }

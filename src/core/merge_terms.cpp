@@ -94,7 +94,8 @@ uint64_t merge_neighbours(TermList& list, uint64_t begin, uint64_t end, const Cl
 // merge_neighbours over all slots of a class, in parallel segments that no run spans.
 uint64_t merge_class(TermList& list, const ClassSlots& slots) {
   const uint64_t n = slots.end - slots.begin;
-  const uint64_t segments = n > kSerialItems ? par_threads(n) : 1;
+  if (n <= kSerialItems) return merge_neighbours(list, slots.begin, slots.end, slots);
+  const uint64_t segments = par_threads(n);
   std::vector<uint64_t> borders(segments + 1, slots.begin);
   for (uint64_t s = 1; s <= segments; ++s) {
     uint64_t border = std::max(borders[s - 1], slots.begin + n * s / segments);

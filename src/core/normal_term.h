@@ -80,4 +80,17 @@ inline void load_sorted_keys(const VarList& vars, std::vector<uint32_t>& keys) {
   std::sort(keys.begin(), keys.end());
 }
 
+// Takes equal neighbours away two by two: of an odd number one is left, of an even number none.
+inline void cancel_pairs(std::vector<uint32_t>& sorted_keys) {
+  size_t kept = 0;
+  for (const uint32_t key : sorted_keys) {
+    if (kept > 0 && sorted_keys[kept - 1] == key) {
+      --kept;
+    } else {
+      sorted_keys[kept++] = key;
+    }
+  }
+  sorted_keys.resize(kept);
+}
+
 }  // namespace zorv

@@ -175,12 +175,15 @@ void run_region(uint32_t threads, const std::function<void()>& work) {
 }
 
 void run_fresh(uint32_t threads, const std::function<void(uint32_t)>& work) {
-  const bool inside = inside_region;
+  if (inside_region) {
+    for (uint32_t t = 0; t < threads; ++t) work(t);
+    return;
+  }
   std::vector<std::thread> fresh;
   fresh.reserve(threads);
   for (uint32_t t = 0; t < threads; ++t) {
-    fresh.emplace_back([&work, inside, t] {
-      inside_region = inside;
+    fresh.emplace_back([&work, t] {
+      const RegionMark mark;
       work(t);
     });
   }

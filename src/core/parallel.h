@@ -39,7 +39,8 @@ namespace detail {
 // and returns when all have finished. `work` must be a loop that claims shared work.
 void run_region(uint32_t threads, const std::function<void()>& work);
 
-// Runs `work(t)` for t in [0, threads) on as many fresh threads and joins them.
+// Runs `work(t)` for t in [0, threads) on as many fresh threads and joins them; one after the other
+// on the caller inside a region. The threads count as inside one.
 void run_fresh(uint32_t threads, const std::function<void(uint32_t)>& work);
 
 // Calls f(i) once for each i of [begin, end), in no fixed order. Callers apply the threshold.

@@ -1,6 +1,5 @@
 #include "core/simplify.h"
 
-#include "core/attr_rules.h"
 #include "core/merge_terms.h"
 
 namespace zorv {
@@ -39,9 +38,9 @@ class PlainRule {
 
 ExprImpl expr_simplify(const ExprImpl& e) { return merge_terms(e.list, e.constant, PlainRule()); }
 
-ExprImpl simplify_with_attr(const ExprImpl& e, ExprImpl (*simplify)(const ExprImpl&)) {
+ExprImpl simplify_with_attr(const ExprImpl& e, const Rewrite& simplify) {
   ExprImpl simplified = simplify(e);
-  simplified.attr = simplified_attr(e.attr, simplify);
+  simplified.attr = rewritten_attr(e.attr, simplify);
   return simplified;
 }
 

@@ -1,6 +1,7 @@
 // The canonicalisers. All return a new expression with the plain tag and leave the argument alone.
 #pragma once
 
+#include "core/attr_rules.h"
 #include "core/expr.h"
 
 namespace zorv {
@@ -13,7 +14,11 @@ ExprImpl expr_simplify(const ExprImpl& e);
 // stays.
 ExprImpl expr_simplify_as_binary(const ExprImpl& e);
 
-// The result of `simplify` with the argument's tag carried over by simplified_attr.
-ExprImpl simplify_with_attr(const ExprImpl& e, ExprImpl (*simplify)(const ExprImpl&));
+// Reads variables as -1/+1: s*s = 1 and ~s = -s, so that no negated literal is left. Aborts on an
+// atom in a term whose coefficient is not 0.
+ExprImpl expr_simplify_as_spin(const ExprImpl& e);
+
+// The result of `simplify` with the argument's tag carried over by rewritten_attr.
+ExprImpl simplify_with_attr(const ExprImpl& e, const Rewrite& simplify);
 
 }  // namespace zorv

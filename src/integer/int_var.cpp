@@ -6,6 +6,7 @@
 #include "core/int_atoms.h"
 #include "core/literal.h"
 #include "core/var_registry.h"
+#include "integer/series.h"
 
 namespace zorv {
 
@@ -53,6 +54,24 @@ const IntVarGroup& int_var_bounds(uint32_t literal) {
       is_atom(literal) ? IntVarRegistry::instance().find(index_of(literal)) : nullptr;
   if (group == nullptr) fatal("zorv_int_var_bounds: not an integer variable index");
   return *group;
+}
+
+std::vector<std::pair<coeff_t, uint32_t>> encoding_of(uint32_t literal) {
+  IntVarRegistry& registry = IntVarRegistry::instance();
+  const std::lock_guard lock(registry.mutex);
+  const uint32_t index = index_of(literal);
+  const IntVarGroup* group = is_atom(literal) ? registry.find(index) : nullptr;
+  if (group == nullptr) fatal("binarize: not an integer variable index");
+  auto& encoding = registry.encodings[index];
+  if (encoding.empty()) {
+    std::string name;
+    append_element_name(name, group->name.c_str(), group->shape, index - group->first);
+    for (coeff_t& c : encoding_series(group->lo, group->hi, 1)) {
+      const uint32_t bit = new_var(name + "#" + std::to_string(encoding.size()));
+      encoding.emplace_back(std::move(c), bit);
+    }
+  }
+  return encoding;
 }
 
 uint64_t bit_width(const coeff_t& lo, const coeff_t& hi) {

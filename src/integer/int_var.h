@@ -48,6 +48,11 @@ uint32_t new_int_var_array(const char* name, const uint64_t* shape, size_t ndim,
 // The group of an atom literal, for the export that reads bounds; aborts if `literal` is no atom.
 const IntVarGroup& int_var_bounds(uint32_t literal);
 
+// An atom as lo + sum of coefficient times bit: the (coefficient, binary variable) pairs. The bits
+// "<name>#<j>" are made when the atom is first asked for and shared by all later users. Aborts if
+// `literal` is no atom; its negation plays no part.
+std::vector<std::pair<coeff_t, uint32_t>> encoding_of(uint32_t literal);
+
 // How many bits the values 0 .. hi - lo need, at least 1.
 uint64_t bit_width(const coeff_t& lo, const coeff_t& hi);
 

@@ -6,6 +6,7 @@
 #include "core/append_only_table.h"
 #include "core/fatal.h"
 #include "core/var_registry.h"
+#include "integer/bit_sum.h"
 #include "integer/series.h"
 
 namespace zorv {
@@ -18,31 +19,17 @@ AppendOnlyTable<VarIntRecord>& varint_set() {
   return table;
 }
 
-// A single bit bears the name itself, several are the elements of a block of that name.
-std::vector<uint32_t> new_bits(const std::string& name, uint64_t n) {
-  std::vector<uint32_t> bits(n);
-  if (n > 0) {
-    std::iota(bits.begin(), bits.end(), n == 1 ? new_var(name) : new_var_array(name, &n, 1));
-  }
-  return bits;
-}
-
-ExprImpl polynomial_of(const VarIntRecord& record) {
-  ExprImpl e(record.min);
-  if (!record.vars.empty()) e.list.reserve(record.vars.size() - 1);
-  for (size_t i = 0; i < record.vars.size(); ++i) {
-    e.list.append(TermImpl(record.coeffs[i], VarList(record.vars[i])));
-  }
+// The expression of a record that is entered in the table.
+ExprImpl make_value(VarIntRecord record) {
+  ExprImpl e = polynomial_of(record.min, record.coeffs, record.vars);
+  e.attr = static_cast<uint32_t>(varint_set().append(std::move(record)));
   return e;
 }
 
 ExprImpl make_named(const std::string& name, const coeff_t& lo, const coeff_t& hi,
                     std::vector<coeff_t> coeffs, std::vector<uint32_t> vars) {
   const uint64_t name_index = add_int_array_name(name, nullptr, 0);
-  VarIntRecord record = {name_index, 0, lo, hi, std::move(coeffs), std::move(vars)};
-  ExprImpl e = polynomial_of(record);
-  e.attr = static_cast<uint32_t>(varint_set().append(std::move(record)));
-  return e;
+  return make_value({name_index, 0, lo, hi, std::move(coeffs), std::move(vars)});
 }
 
 }  // namespace
@@ -57,6 +44,25 @@ ExprImpl make_varint(const char* name, const coeff_t& lo, const coeff_t& hi) {
 ExprImpl make_varint_with_vars(const char* name, const coeff_t& lo, const coeff_t& hi,
                                std::vector<coeff_t> coeffs, std::vector<uint32_t> vars) {
   return make_named(resolve_name(name), lo, hi, std::move(coeffs), std::move(vars));
+}
+
+ArrayImpl<ExprImpl> make_varint_array(const char* name, const Shape& shape, const coeff_t& lo,
+                                      const coeff_t& hi) {
+  const std::string resolved = resolve_name(name);
+  const std::vector<coeff_t> series = encoding_series(lo, hi, 1);
+  const uint64_t name_index = add_int_array_name(resolved, shape.data(), shape.size());
+  Shape bits = shape;
+  bits.push_back(series.size());
+  const uint32_t first =
+      element_count(bits) == 0 ? 0 : new_var_array(resolved, bits.data(), bits.size());
+  return make_array<ExprImpl>(
+      shape,
+      [&](uint64_t i) {
+        std::vector<uint32_t> vars(series.size());
+        std::iota(vars.begin(), vars.end(), static_cast<uint32_t>(first + i * series.size()));
+        return make_value({name_index, i, lo, hi, series, std::move(vars)});
+      },
+      kInOrder);
 }
 
 const VarIntRecord& varint_record(uint32_t attr) {

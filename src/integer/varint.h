@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "arrays/array.h"
 #include "core/expr.h"
 
 namespace zorv {
@@ -26,6 +27,10 @@ ExprImpl make_varint(const char* name, const coeff_t& lo, const coeff_t& hi);
 // The same with the caller's coefficients and literals, of equal number.
 ExprImpl make_varint_with_vars(const char* name, const coeff_t& lo, const coeff_t& hi,
                                std::vector<coeff_t> coeffs, std::vector<uint32_t> vars);
+// An array of values with common bounds. The bits of all of them are one block of variables named
+// `name`, of this shape and one axis more.
+ArrayImpl<ExprImpl> make_varint_array(const char* name, const Shape& shape, const coeff_t& lo,
+                                      const coeff_t& hi);
 
 // The record of a VarInt; aborts with the text of a VarInt accessor for any other tag.
 const VarIntRecord& varint_record(uint32_t attr);

@@ -1,6 +1,7 @@
 // The energy of an assignment, straight from the tables of the model. Exact, and a full pass each
 // time: engines keep their own running sums and are checked against this.
 #include "constraints/violation.h"
+#include "core/coeff_sum.h"
 #include "core/fatal.h"
 #include "core/literal.h"
 #include "model/bit_words.h"
@@ -22,7 +23,7 @@ struct Assignment {
 // Adds coefficient times literals. Bits come first, since most products end at one that is 0, and
 // without atoms there is nothing to multiply.
 void add_product(const coeff_t& coeff, const uint32_t* literals, uint64_t n, const Assignment& at,
-                 coeff_t& sum) {
+                 CoeffSum& sum) {
   bool has_atoms = false;
   for (uint64_t i = 0; i < n; ++i) {
     if (is_atom(literals[i])) {
@@ -42,16 +43,35 @@ void add_product(const coeff_t& coeff, const uint32_t* literals, uint64_t n, con
   sum += product;
 }
 
+// The terms of degree 1 or 2 of a model without atoms, whose literals are plain indices.
+template <uint64_t degree>
+void add_plain_products(const std::vector<coeff_t>& coeffs, const uint32_t* literals,
+                        const uint64_t* bits, CoeffSum& sum) {
+  for (const coeff_t& coeff : coeffs) {
+    bool holds = true;
+    for (uint64_t i = 0; i < degree; ++i) holds &= bit_at(bits, literals[i]);
+    if (holds) sum += coeff;
+    literals += degree;
+  }
+}
+
 coeff_t terms_value(const ModelImpl& m, const Assignment& at) {
-  coeff_t sum = m.constant;
+  CoeffSum sum(m.constant);
   for (uint64_t degree = 1; degree <= m.max_degree; ++degree) {
+    const std::vector<coeff_t>& coeffs = m.term_coeffs[degree - 1];
     const uint32_t* literals = m.term_vars[degree - 1].data();
-    for (const coeff_t& coeff : m.term_coeffs[degree - 1]) {
-      add_product(coeff, literals, degree, at, sum);
-      literals += degree;
+    if (degree == 1 && m.int_atoms.empty()) {
+      add_plain_products<1>(coeffs, literals, at.bits, sum);
+    } else if (degree == 2 && m.int_atoms.empty()) {
+      add_plain_products<2>(coeffs, literals, at.bits, sum);
+    } else {
+      for (const coeff_t& coeff : coeffs) {
+        add_product(coeff, literals, degree, at, sum);
+        literals += degree;
+      }
     }
   }
-  return sum;
+  return sum.total();
 }
 
 }  // namespace
@@ -73,7 +93,7 @@ coeff_t full_energy(const ModelImpl& m, const uint64_t* bits, const coeff_t* int
 
 coeff_t body_value(const NativeCons& cons, const uint64_t* bits, const coeff_t* int_vals) {
   const Assignment at{bits, int_vals};
-  coeff_t value = cons.body_constant;
+  CoeffSum value(cons.body_constant);
   for (uint64_t i = 0; i < cons.vars.size(); ++i) {
     add_product(cons.coeffs[i], &cons.vars[i], 1, at, value);
   }
@@ -81,7 +101,7 @@ coeff_t body_value(const NativeCons& cons, const uint64_t* bits, const coeff_t* 
     const uint64_t start = cons.nl_head[t];
     add_product(cons.nl_coeffs[t], &cons.nl_vars[start], cons.nl_head[t + 1] - start, at, value);
   }
-  return value;
+  return value.total();
 }
 
 coeff_t violation_of(const NativeCons& cons, const coeff_t& body) {

@@ -90,6 +90,14 @@ void sol_set_int(Sol& sol, uint32_t atom, const coeff_t& value) {
   sol.energy_valid = false;
 }
 
+ArrayImpl<coeff_t> sol_values(const Sol& sol, const ArrayImpl<uint32_t>& literals) {
+  return map_array(literals, [&](uint32_t literal) {
+    const uint32_t i = model_var_index(*sol.model, literal);
+    const bool bit = i != kNoLiteral && bit_at(sol.bits.data(), i);
+    return coeff_t(bit != is_negated(literal) ? 1 : 0);
+  });
+}
+
 void sol_set_from(Sol& dst, const Sol& src) {
   const ModelImpl& m = *src.model;
   for (const uint32_t id : m.variables) sol_set(dst, id, sol_get(src, id));

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "arrays/array.h"
 #include "model/model.h"
 
 namespace zorv {
@@ -37,6 +38,9 @@ void sol_flip(Sol& sol, uint32_t literal);
 // Both abort if `atom` is no atom of the model; setting also on a value out of bounds.
 const coeff_t& sol_get_int(const Sol& sol, uint32_t atom);
 void sol_set_int(Sol& sol, uint32_t atom, const coeff_t& value);
+// The value of each literal, 0 or 1. A variable that the model does not have counts as 0, so its
+// complement is 1.
+ArrayImpl<coeff_t> sol_values(const Sol& sol, const ArrayImpl<uint32_t>& literals);
 // Copies every value of `src`; the model of `dst` must have all of its variables.
 void sol_set_from(Sol& dst, const Sol& src);
 
@@ -61,5 +65,9 @@ coeff_t penalty_of(const NativeCons& cons, const coeff_t& body);
 
 // The value of `e` on the assignment, the penalties of declared constraints included.
 coeff_t sol_eval(const Sol& sol, const ExprImpl& e);
+// The value of the polynomial of `e` on a model's bits, where a variable that the model does not
+// have counts as 0 whether negated or not. Aborts on declared constraints, then on atoms.
+//   bits  [(variables + 63) / 64] words, variable i at bit i % 64 of word i / 64
+coeff_t value_on_bits(const ExprImpl& e, const ModelImpl& m, const uint64_t* bits);
 
 }  // namespace zorv

@@ -1,9 +1,11 @@
-// The value of an expression on a solution. Unlike the questions about a single variable it never
-// aborts: a term with a variable or an atom that the model does not have counts as 0.
+// The value of an expression on a solution. Unlike the questions about a single variable it does
+// not abort on one that the model does not have: a term with such a variable or atom counts as 0.
 #include "constraints/inspection.h"
 #include "constraints/sol_value.h"
 #include "constraints/violation.h"
 #include "core/attr_rules.h"
+#include "core/coeff_sum.h"
+#include "core/fatal.h"
 #include "core/literal.h"
 #include "model/bit_words.h"
 #include "model/sol.h"
@@ -12,26 +14,33 @@ namespace zorv {
 
 namespace {
 
-// The value of the atom; null if the model does not have it.
-const coeff_t* value_of_atom(const Sol& sol, uint32_t literal) {
-  const std::vector<uint32_t>& map = sol.model->int_index_map;
-  const uint32_t index = index_of(literal);
-  if (index >= map.size() || map[index] == kNoLiteral) return nullptr;
-  return &sol.int_vals[map[index]];
-}
+// Values by model index; `int_vals` may be null where no atom is asked for.
+struct ModelValues {
+  const ModelImpl& model;
+  const uint64_t* bits;
+  const coeff_t* int_vals;
 
-bool holds(const Sol& sol, uint32_t literal) {
-  const uint32_t i = model_var_index(*sol.model, literal);
-  return i != kNoLiteral && bit_at(sol.bits.data(), i) != is_negated(literal);
-}
+  // Null if the model does not have the atom.
+  const coeff_t* value_of_atom(uint32_t literal) const {
+    const std::vector<uint32_t>& map = model.int_index_map;
+    const uint32_t index = index_of(literal);
+    if (index >= map.size() || map[index] == kNoLiteral) return nullptr;
+    return &int_vals[map[index]];
+  }
+  // Not if the model does not have the variable, negated or not.
+  bool holds(uint32_t literal) const {
+    const uint32_t i = model_var_index(model, literal);
+    return i != kNoLiteral && bit_at(bits, i) != is_negated(literal);
+  }
+};
 
-void add_term(const TermImpl& term, const Sol& sol, coeff_t& sum) {
+void add_term(const TermImpl& term, const ModelValues& at, CoeffSum& sum) {
   bool has_atoms = false;
   for (const uint32_t literal : term.vars) {
     if (is_atom(literal)) {
-      if (value_of_atom(sol, literal) == nullptr) return;
+      if (at.value_of_atom(literal) == nullptr) return;
       has_atoms = true;
-    } else if (!holds(sol, literal)) {
+    } else if (!at.holds(literal)) {
       return;
     }
   }
@@ -41,17 +50,31 @@ void add_term(const TermImpl& term, const Sol& sol, coeff_t& sum) {
   }
   coeff_t product = term.coeff;
   for (const uint32_t literal : term.vars) {
-    if (is_atom(literal)) product *= *value_of_atom(sol, literal);
+    if (is_atom(literal)) product *= *at.value_of_atom(literal);
   }
   sum += product;
+}
+
+coeff_t polynomial_value(const ExprImpl& e, const ModelValues& at) {
+  CoeffSum sum(e.constant);
+  e.list.for_each([&](const TermImpl& term) { add_term(term, at, sum); });
+  return sum.total();
 }
 
 }  // namespace
 
 coeff_t polynomial_value(const ExprImpl& e, const Sol& sol) {
-  coeff_t sum = e.constant;
-  e.list.for_each([&](const TermImpl& term) { add_term(term, sol, sum); });
-  return sum;
+  return polynomial_value(e, {*sol.model, sol.bits.data(), sol.int_vals.data()});
+}
+
+coeff_t value_on_bits(const ExprImpl& e, const ModelImpl& m, const uint64_t* bits) {
+  refuse_declared(e.attr, "eval_with_model (evaluate against a Sol instead)");
+  if (has_int_atom(e)) {
+    fatal(
+        "eval_with_model: native integer variables (int_var) are not supported yet (bit "
+        "assignments cannot value integer atoms).");
+  }
+  return polynomial_value(e, {m, bits, nullptr});
 }
 
 coeff_t sol_eval(const Sol& sol, const ExprImpl& e) {

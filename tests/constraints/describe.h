@@ -30,6 +30,9 @@ class Handle {
   zorv_expr* e_;
 };
 
+using zorv::unwrap;
+inline ExprImpl& unwrap(const Handle& e) { return unwrap(static_cast<zorv_expr*>(e)); }
+
 // "one [body]", "declared 1[body] -2[body] rest [polynomial]", "classic ...", "varint", "plain".
 inline std::string describe(uint32_t attr) {
   if (attr == kPlainAttr) return "plain";

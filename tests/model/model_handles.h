@@ -21,6 +21,11 @@ class Owned {
   Raw* raw_;
 };
 
+template <typename Raw, void (*kDestroy)(Raw*)>
+auto& unwrap(const Owned<Raw, kDestroy>& owned) {
+  return unwrap(static_cast<Raw*>(owned));
+}
+
 using Model = Owned<zorv_model, zorv_model_destroy>;
 using Solution = Owned<zorv_sol, zorv_sol_destroy>;
 
