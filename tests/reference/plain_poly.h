@@ -38,18 +38,28 @@ inline PlainPoly plain_poly(const ExprImpl& e) {
 // an error of the test and throws.
 using Assignment = std::map<uint32_t, coeff_t>;
 
-// ~x is 1 - x.
-inline coeff_t plain_value(const ExprImpl& e, const Assignment& values) {
+// What a negated literal means: 1 - x over 0/1, -s over -1/+1.
+enum class Reading { kBinary, kSpin };
+
+// value_of(literal) for every literal as it stands.
+template <typename ValueOf>
+coeff_t plain_value_by(const ExprImpl& e, ValueOf value_of) {
   coeff_t sum = e.constant;
   e.list.for_each([&](const TermImpl& t) {
     coeff_t product = t.coeff;
-    for (const uint32_t literal : literals_of_term(t)) {
-      const coeff_t& value = values.at(identity_of(literal));
-      product *= is_negated(literal) ? coeff_t(1 - value) : value;
-    }
+    for (const uint32_t literal : t.vars) product *= value_of(literal);
     sum += product;
   });
   return sum;
+}
+
+inline coeff_t plain_value(const ExprImpl& e, const Assignment& values,
+                           Reading reading = Reading::kBinary) {
+  return plain_value_by(e, [&](uint32_t literal) {
+    const coeff_t& value = values.at(identity_of(literal));
+    if (!is_negated(literal)) return value;
+    return reading == Reading::kBinary ? coeff_t(1 - value) : coeff_t(-value);
+  });
 }
 
 }  // namespace zorv::test
