@@ -30,30 +30,29 @@ class Position {
     for (size_t axis = axes_.extents.size(); axis-- > 0 && flat > 0;) {
       coordinates_[axis] = flat % axes_.extents[axis];
       flat /= axes_.extents[axis];
-      for (size_t i = 0; i < offsets_.size(); ++i) {
-        offsets_[i] += coordinates_[axis] * axes_.strides[axis][i];
-      }
+      move(axes_.strides[axis], coordinates_[axis]);
     }
   }
 
   // The last axis moves fastest.
   void step() {
-    for (size_t axis = axes_.extents.size(); axis-- > 0;) {
-      const std::vector<uint64_t>& strides = axes_.strides[axis];
-      if (++coordinates_[axis] < axes_.extents[axis]) {
-        for (size_t i = 0; i < offsets_.size(); ++i) offsets_[i] += strides[i];
-        return;
-      }
+    size_t axis = axes_.extents.size() - 1;
+    while (++coordinates_[axis] == axes_.extents[axis]) {
       coordinates_[axis] = 0;
-      for (size_t i = 0; i < offsets_.size(); ++i) {
-        offsets_[i] -= (axes_.extents[axis] - 1) * strides[i];
-      }
+      move(axes_.strides[axis], 1 - axes_.extents[axis]);
+      --axis;
     }
+    move(axes_.strides[axis], 1);
   }
 
   const std::vector<uint64_t>& offsets() const { return offsets_; }
 
  private:
+  // Offsets wrap, so a step back is a large step forward.
+  void move(const std::vector<uint64_t>& strides, uint64_t steps) {
+    for (size_t i = 0; i < offsets_.size(); ++i) offsets_[i] += steps * strides[i];
+  }
+
   const LabelledAxes& axes_;
   std::vector<uint64_t> coordinates_;
   std::vector<uint64_t> offsets_;
@@ -68,6 +67,11 @@ class Elements {
   ElementKind kind(size_t i) const { return static_cast<ElementKind>(inputs_[i].kind); }
   bool has(ElementKind wanted) const {
     return std::any_of(inputs_.begin(), inputs_.end(), [=](const EinsumInput& input) {
+      return static_cast<ElementKind>(input.kind) == wanted;
+    });
+  }
+  bool has_only(ElementKind wanted) const {
+    return std::all_of(inputs_.begin(), inputs_.end(), [=](const EinsumInput& input) {
       return static_cast<ElementKind>(input.kind) == wanted;
     });
   }
@@ -104,21 +108,51 @@ bool always_gives_terms(const Elements& elements) {
   return has_variables;
 }
 
+// One product of variables: always a term, with the coefficient 1.
+class VarProduct {
+ public:
+  explicit VarProduct(const Elements& elements) : literals_(elements.count()) {
+    for (size_t i = 0; i < elements.count(); ++i) runs_.push_back(elements.array<uint32_t>(i).data);
+  }
+
+  bool load(const std::vector<uint64_t>& offsets) {
+    for (size_t i = 0; i < runs_.size(); ++i) literals_[i] = runs_[i][offsets[i]];
+    return true;
+  }
+  bool has_variables() const { return true; }
+  const coeff_t& coeff() const { return one_; }
+  void construct(TermImpl* raw) const {
+    construct_copy(&raw->coeff, one_);
+    if (literals_.size() == 2) {
+      new (&raw->vars) VarList(literals_[0], literals_[1]);
+    } else {
+      new (&raw->vars) VarList(literals_.data(), static_cast<uint32_t>(literals_.size()));
+    }
+  }
+
+ private:
+  const coeff_t one_ = 1;
+  std::vector<const uint32_t*> runs_;
+  std::vector<uint32_t> literals_;
+};
+
 // One product of elements that are no expressions, built up factor by factor. Reused for many, so
 // that none allocates but for the literals of a degree above 2.
 class TermProduct {
  public:
+  explicit TermProduct(const Elements& elements) : elements_(elements) {}
+
   // Returns false if the product is 0.
-  bool load(const Elements& elements, const std::vector<uint64_t>& offsets) {
+  bool load(const std::vector<uint64_t>& offsets) {
     literals_.clear();
     coeff_ = nullptr;
     for (size_t i = 0; i < offsets.size(); ++i) {
-      if (elements.kind(i) == ElementKind::kVar) {
-        literals_.push_back(elements.var(i, offsets[i]));
-      } else if (elements.kind(i) == ElementKind::kInt) {
-        multiply(elements.integer(i, offsets[i]));
+      if (elements_.kind(i) == ElementKind::kVar) {
+        literals_.push_back(elements_.var(i, offsets[i]));
+      } else if (elements_.kind(i) == ElementKind::kInt) {
+        multiply(elements_.integer(i, offsets[i]));
       } else {
-        const TermImpl& term = elements.term(i, offsets[i]);
+        const TermImpl& term = elements_.term(i, offsets[i]);
         multiply(term.coeff);
         for (const uint32_t literal : term.vars) literals_.push_back(literal);
       }
@@ -144,6 +178,7 @@ class TermProduct {
     }
   }
 
+  const Elements& elements_;
   const coeff_t one_ = 1;
   std::vector<uint32_t> literals_;
   const coeff_t* coeff_ = nullptr;  // a single factor, or the product of several; null for 1
@@ -158,6 +193,7 @@ class Contraction {
         is_wide_(num_threads() >= 2 && plan.outputs <= kMaxWideOutputs &&
                  plan.products > kMaxNarrowProducts),
         has_exprs_(elements_.has(ElementKind::kExpr)),
+        has_vars_only_(elements_.has_only(ElementKind::kVar)),
         always_gives_terms_(!has_exprs_ && always_gives_terms(elements_)) {}
 
   // An array of contract(i, threads), where `threads` is how many an element may use.
@@ -189,7 +225,9 @@ class Contraction {
   }
 
   ExprImpl expression(uint64_t output, uint32_t threads) const {
-    return has_exprs_ ? sum_of_products(output, threads) : sum_of_terms(output, threads);
+    if (has_exprs_) return sum_of_products(output, threads);
+    return has_vars_only_ ? sum_of_terms<VarProduct>(output, threads)
+                          : sum_of_terms<TermProduct>(output, threads);
   }
 
  private:
@@ -230,10 +268,10 @@ class Contraction {
       return starts;
     }
     for_each_chunk(output, chunking, threads, [&](uint64_t c, auto& walk) {
-      TermProduct product;
+      TermProduct product(elements_);
       uint64_t terms = 0;
       walk([&](const std::vector<uint64_t>& offsets) {
-        terms += product.load(elements_, offsets) && product.has_variables();
+        terms += product.load(offsets) && product.has_variables();
       });
       starts[c + 1] = terms;
     });
@@ -241,6 +279,7 @@ class Contraction {
     return starts;
   }
 
+  template <typename Product>
   ExprImpl sum_of_terms(uint64_t output, uint32_t threads) const {
     const Chunking chunking(plan_.products, threads);
     const std::vector<uint64_t> starts = place_terms(output, chunking, threads);
@@ -248,11 +287,11 @@ class Contraction {
     ExprImpl sum;
     sum.list.allocate_slots(starts.back());
     for_each_chunk(output, chunking, threads, [&](uint64_t c, auto& walk) {
-      TermProduct product;
+      Product product(elements_);
       uint64_t slot = starts[c];
       CoeffSum constant;
       walk([&](const std::vector<uint64_t>& offsets) {
-        if (!product.load(elements_, offsets)) return;
+        if (!product.load(offsets)) return;
         if (product.has_variables()) {
           product.construct(sum.list.slot(slot++));
         } else {
@@ -304,6 +343,7 @@ class Contraction {
   const Elements elements_;
   const bool is_wide_;
   const bool has_exprs_;
+  const bool has_vars_only_;
   const bool always_gives_terms_;
 };
 
