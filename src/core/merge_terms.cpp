@@ -15,7 +15,13 @@ struct alignas(alignof(TermImpl)) TermBytes {
 } __attribute__((may_alias));
 static_assert(sizeof(TermBytes) == sizeof(TermImpl));
 
-bool packed_precedes(const VarList& a, const VarList& b) { return a.head_pair() < b.head_pair(); }
+// Objects rather than functions, so that the sort can inline them.
+constexpr auto kPackedPrecedes = [](const VarList& a, const VarList& b) {
+  return a.head_pair() < b.head_pair();
+};
+constexpr auto kTermPrecedes = [](const VarList& a, const VarList& b) {
+  return term_precedes(a, b);
+};
 
 bool same_literals(const VarList& a, const VarList& b, const ClassSlots& slots) {
   return slots.is_packed() ? a.head_pair() == b.head_pair() : a == b;
@@ -179,9 +185,9 @@ uint64_t settle(TermList& list, ClassSlots (&classes)[kDegreeClasses]) {
     if (slots.begin == slots.end) continue;
     if (!slots.ascend) {
       if (slots.is_packed()) {
-        sort_slots(list, slots, packed_precedes);
+        sort_slots(list, slots, kPackedPrecedes);
       } else {
-        sort_slots(list, slots, term_precedes);
+        sort_slots(list, slots, kTermPrecedes);
       }
     }
     const uint64_t end = slots.ascend && !slots.merged ? slots.end : merge_class(list, slots);

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "core/attr_rules.h"
+#include "core/coeff_sum.h"
 #include "core/fatal.h"
 #include "core/normal_term.h"
 #include "core/simplify.h"
@@ -45,43 +46,55 @@ class LinearSums {
   void move_to(TermList& list) {
     scattered_.for_each([&](const TermImpl& term) { list.append(term); });
     for (uint32_t key = 0; key < by_key_.size(); ++key) {
-      if (is_zero(by_key_[key])) continue;
-      list.append(TermImpl(std::move(by_key_[key]), VarList(literal_of_key(key))));
+      coeff_t sum = by_key_[key].total();
+      if (!is_zero(sum)) list.append(TermImpl(std::move(sum), VarList(literal_of_key(key))));
     }
   }
 
  private:
   static constexpr uint64_t kEntriesPerLiteral = 8;
 
-  std::vector<coeff_t> by_key_;
+  std::vector<CoeffSum> by_key_;
   TermList scattered_;
 };
 
 // Gathers sums over the subsets of literals.
 class SubsetSums {
  public:
-  SubsetSums(const ExprImpl& e, coeff_t constant) : sum_(std::move(constant)), linear_(e) {
+  SubsetSums(const ExprImpl& e, const coeff_t& constant) : constant_(constant), linear_(e) {
     if (e.list.size() > 0) sum_.list.reserve(e.list.size());
   }
 
-  // Adds by_size[k] times the product of S for each subset S of the keys with k members.
-  void add(const std::vector<uint32_t>& keys, const std::vector<coeff_t>& by_size) {
+  // Adds by_size(k) times the product of S for each subset S of the keys with k members.
+  template <typename BySize>
+  void add(const std::vector<uint32_t>& keys, BySize by_size) {
     if (keys.size() > kMaxExpandedDegree) throw std::bad_alloc();
-    sum_.constant += by_size[0];
-    for (const uint32_t key : keys) linear_.add(key, by_size[1]);
-    const uint64_t subsets = uint64_t{1} << keys.size();
-    for (uint64_t subset = 0; subset < subsets; ++subset) {
-      const auto size = static_cast<uint32_t>(std::popcount(subset));
-      if (size >= 2) sum_.list.append(TermImpl(by_size[size], product_of(keys, subset)));
+    constant_ += by_size(0);
+    for (const uint32_t key : keys) linear_.add(key, by_size(1));
+    if (keys.size() == 2) {
+      const VarList both(literal_of_key(keys[0]), literal_of_key(keys[1]));
+      sum_.list.append(TermImpl(by_size(2), both));
+    } else if (keys.size() > 2) {
+      add_products(keys, by_size);
     }
   }
 
   ExprImpl take() {
+    sum_.constant = constant_.total();
     linear_.move_to(sum_.list);
     return std::move(sum_);
   }
 
  private:
+  template <typename BySize>
+  void add_products(const std::vector<uint32_t>& keys, BySize by_size) {
+    const uint64_t subsets = uint64_t{1} << keys.size();
+    for (uint64_t subset = 0; subset < subsets; ++subset) {
+      const auto size = static_cast<size_t>(std::popcount(subset));
+      if (size >= 2) sum_.list.append(TermImpl(by_size(size), product_of(keys, subset)));
+    }
+  }
+
   static VarList product_of(const std::vector<uint32_t>& keys, uint64_t subset) {
     uint32_t literals[kMaxExpandedDegree];
     uint32_t n = 0;
@@ -91,8 +104,9 @@ class SubsetSums {
     return VarList(literals, n);
   }
 
-  ExprImpl sum_;
+  CoeffSum constant_;
   LinearSums linear_;
+  ExprImpl sum_;
 };
 
 // The different keys of `sorted_keys`; false if a variable stands beside its complement.
@@ -106,8 +120,13 @@ bool make_unique(std::vector<uint32_t>& sorted_keys) {
 // c times powers of -2, in the order in which (-1 + 2 l1)(-1 + 2 l2)... asks for them.
 void fill_spin_coefficients(const coeff_t& c, size_t degree, std::vector<coeff_t>& by_size) {
   by_size.resize(degree + 1);
-  by_size[0] = degree % 2 == 0 ? c : -c;
-  for (size_t k = 1; k <= degree; ++k) by_size[k] = by_size[k - 1] * -2;
+  by_size[0] = c;
+  if (degree % 2 == 1) negate(by_size[0]);
+  for (size_t k = 1; k <= degree; ++k) {
+    by_size[k] = by_size[k - 1];
+    by_size[k] += by_size[k - 1];
+    negate(by_size[k]);
+  }
 }
 
 }  // namespace
@@ -122,14 +141,15 @@ ExprImpl binary_to_spin(const ExprImpl& e) {
   const uint32_t scale = max_degree(e);
   SubsetSums sums(e, e.constant << scale);
   std::vector<uint32_t> keys;
-  std::vector<coeff_t> by_size;
+  coeff_t scaled;
   e.list.for_each([&](const TermImpl& term) {
     load_sorted_keys(term.vars, keys);
     // (1 + s)(1 - s) = 0, and (1 + s)^2 = 2 (1 + s): a repeated literal leaves a factor 2, just as
     // a missing one does that is made up for.
     if (is_zero(term.coeff) || !make_unique(keys)) return;
-    by_size.assign(keys.size() + 1, term.coeff << (scale - keys.size()));
-    sums.add(keys, by_size);
+    scaled = term.coeff;
+    if (keys.size() < scale) scaled <<= scale - keys.size();
+    sums.add(keys, [&](size_t) -> const coeff_t& { return scaled; });
   });
   return expr_simplify_as_spin(sums.take());
 }
@@ -149,7 +169,7 @@ ExprImpl spin_to_binary(const ExprImpl& e) {
     load_sorted_keys(term.vars, keys);
     cancel_pairs(keys);  // s*s = 1; a literal and its complement stay, as both may be kept apart
     fill_spin_coefficients(term.coeff, keys.size(), by_size);
-    sums.add(keys, by_size);
+    sums.add(keys, [&](size_t size) -> const coeff_t& { return by_size[size]; });
   });
   return expr_simplify_as_binary(sums.take());
 }
