@@ -116,10 +116,26 @@ void SumOfVariables(benchmark::State& state) {
   time_build(state, kElements, [&] { return sum(x); });
 }
 
+ArrayImpl<ExprImpl> expressions() {
+  return map_array(variables({kElements}),
+                   [](uint32_t v) { return ExprImpl(TermImpl(3, VarList(v))); });
+}
+
 void SumOfExpressions(benchmark::State& state) {
-  const auto x = map_array(variables({kElements}),
-                           [](uint32_t v) { return ExprImpl(TermImpl(3, VarList(v))); });
+  const auto x = expressions();
   time_build(state, kElements, [&] { return sum(x); });
+}
+
+void PlainSumOfExpressions(benchmark::State& state) {
+  const auto x = expressions();
+  time_build(state, kElements, [&] {
+    ExprImpl e = reserved(kElements);
+    for (uint64_t i = 0; i < kElements; ++i) {
+      e.constant += x[i].constant;
+      e.list.append(x[i].list.first);
+    }
+    return e;
+  });
 }
 
 void PlainSum(benchmark::State& state) {
@@ -169,6 +185,7 @@ void PlainVectorSum(benchmark::State& state) {
 
 BENCHMARK(SumOfVariables)->Apply(settings);
 BENCHMARK(SumOfExpressions)->Apply(settings);
+BENCHMARK(PlainSumOfExpressions)->Apply(settings);
 BENCHMARK(PlainSum)->Apply(settings);
 BENCHMARK(MultiplyArrays)->Apply(settings);
 BENCHMARK(PlainProducts)->Apply(settings);

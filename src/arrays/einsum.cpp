@@ -336,7 +336,7 @@ class Contraction {
       walk([&](const std::vector<uint64_t>& offsets) { add_poly(sums[c], multiply_out(offsets)); });
     });
     if (sums.size() == 1) return std::move(sums[0]);
-    return sum_of_polys(sums.size(), [&](uint64_t c) -> ExprImpl& { return sums[c]; });
+    return sum_of_exprs(sums.size(), [&](uint64_t c) -> ExprImpl& { return sums[c]; });
   }
 
   const EinsumPlan& plan_;

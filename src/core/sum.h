@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/attr_rules.h"
+#include "core/coeff_sum.h"
 #include "core/expr.h"
 #include "core/parallel.h"
 
@@ -24,24 +25,42 @@ inline void put_entries(TermImpl* to, TermList& from) {
 
 }  // namespace detail
 
-// The polynomial at(0) + ... + at(n - 1), at(i) being references. Expressions that are not const
-// are used up. The result's first slot is the first one that is a term.
+// The expression at(0) + ... + at(n - 1), at(i) being references, with the constraints of all of
+// them. Expressions that are not const are used up. The sum's first slot is the first one that is a
+// term.
 template <typename At>
-ExprImpl sum_of_polys(uint64_t n, At at) {
+ExprImpl sum_of_exprs(uint64_t n, At at) {
   uint64_t leader = 0;  // the expression whose `first` opens the sum
   while (leader < n && !at(leader).list.has_first()) ++leader;
+
+  struct Part {
+    uint64_t terms = 0;
+    CoeffSum constant;
+    bool has_constraints = false;
+  };
   const uint32_t threads = n > kSerialItems ? num_threads() : 1;
   const Chunking chunking(n, threads);
-  std::vector<uint64_t> starts(chunking.chunks + 1);
-  starts[0] = 1;
-  for (uint64_t c = 0; c < chunking.chunks; ++c) {
-    starts[c + 1] = starts[c];
-    for (uint64_t i = chunking.begin(c); i < chunking.end(c); ++i) {
-      starts[c + 1] += at(i).list.size() - (i == leader ? 1 : 0);
-    }
-  }
+  std::vector<Part> parts(chunking.chunks);
+  for_chunks_on_fresh_threads(
+      chunking, threads, [&](uint32_t, uint64_t c, uint64_t begin, uint64_t end) {
+        Part part;
+        for (uint64_t i = begin; i < end; ++i) {
+          part.terms += at(i).list.size() - (i == leader ? 1 : 0);
+          part.constant += at(i).constant;
+          part.has_constraints = part.has_constraints || is_constraint_attr(at(i).attr);
+        }
+        parts[c] = part;
+      });
   ExprImpl sum;
-  for (uint64_t i = 0; i < n; ++i) sum.constant += at(i).constant;
+  bool has_constraints = false;
+  std::vector<uint64_t> starts = {1};  // the first slot of each chunk; slot 0 is the leader's
+  for (const Part& part : parts) {
+    starts.push_back(starts.back() + part.terms);
+    sum.constant += part.constant.total();
+    has_constraints = has_constraints || part.has_constraints;
+  }
+  if (has_constraints) sum.attr = sum_attr(n, at);
+
   TermList& to = sum.list;
   to.allocate_slots(starts.back());
   if (leader < n) to.first = at(leader).list.first;
@@ -62,15 +81,13 @@ ExprImpl sum_of_polys(uint64_t n, At at) {
   return sum;
 }
 
-// The same by the kind of what is added: literals, integers, terms, or expressions, whose
-// constraints the sum then carries too.
+// The same by the kind of what is added: literals, integers, terms or expressions.
 template <typename At>
 ExprImpl sum_of(uint64_t n, At at) {
   using T = std::decay_t<decltype(at(0))>;
   ExprImpl sum;
   if constexpr (std::is_same_v<T, ExprImpl>) {
-    sum = sum_of_polys(n, at);
-    sum.attr = sum_attr(n, at);
+    sum = sum_of_exprs(n, at);
   } else if constexpr (std::is_same_v<T, coeff_t>) {
     for (uint64_t i = 0; i < n; ++i) sum.constant += at(i);
   } else if constexpr (std::is_same_v<T, TermImpl>) {
