@@ -63,8 +63,10 @@ typedef struct zorv_model zorv_model;           /* a compiled expression; never 
 typedef struct zorv_sol zorv_sol;               /* an assignment of a model, with its energy */
 typedef struct zorv_ilp zorv_ilp;               /* the integer linear program of a model */
 typedef struct zorv_result zorv_result;         /* what a search found */
-typedef struct zorv_easy_wrapper zorv_easy_wrapper; /* a solver on one model */
-typedef struct coeff_t coeff_t;                     /* an unbounded integer of the library's own */
+typedef struct zorv_easy_wrapper zorv_easy_wrapper; /* solvers on one model */
+typedef struct zorv_exhaustive_wrapper zorv_exhaustive_wrapper;
+typedef struct zorv_klb5_wrapper zorv_klb5_wrapper;
+typedef struct coeff_t coeff_t; /* an unbounded integer of the library's own */
 
 /* ---- Variables ---------------------------------------------------------------------------------
  */
@@ -1283,8 +1285,15 @@ ZORV_API void zorv_ilp_row_bounds(const zorv_ilp* ilp, uint64_t r, CoeffWire* lo
  */
 
 /* Searches for a state of a model with the least energy that it can find. Heuristic: the energy it
- * reports is exact, but nothing says that no lower one exists. This build solves models with
- * integer variables, on an engine of its own that needs no other library.
+ * reports is exact, but nothing says that no lower one exists.
+ *
+ * Models with integer variables are solved by an engine of this library, which the rest of this
+ * text describes. Models of binary variables alone go to the solver library easysolver_cppint.so,
+ * which lies beside this one or in the folder that ZORV_LIB_DIR names; zorv/solver_abi.h says how
+ * to write one. Its parameters are its own, and are passed on as they are; only a time limit of
+ * 10.0 is added if there is none. If ZORV_INT_UNIFIED begins with "1", a search without a hint and
+ * without lists of solutions, on a model whose constraints are linear, runs on the integer engine
+ * of that library too.
  *
  * Parameters are pairs of texts, an array that ends with a null key; a null array means none. Keys
  * are compared as a whole, of equal keys the last one counts, and an unknown key aborts. Numbers
@@ -1322,13 +1331,15 @@ ZORV_API void zorv_ilp_row_bounds(const zorv_ilp* ilp, uint64_t r, CoeffWire* lo
  *   engine               "integer-cpu"
  *   os, cpu, gpu, ram    the machine */
 
-/* Returns a solver that shares the model. Aborts for a model without integer variables. */
+/* Returns a solver that shares the model. For a binary model it aborts if the solver library cannot
+ * be loaded, or lacks what the constraints of the model need. */
 ZORV_API zorv_easy_wrapper* zorv_easy_solver_wrapper_create(const zorv_model* m);
 ZORV_API void zorv_easy_solver_wrapper_destroy(zorv_easy_wrapper* w);
 
-/* Searches and returns a new result, which may outlive the solver. Any number of searches may run
- * on one solver, at the same time too. The first form has no place for integer values in a hint:
- * its `hint` must be null. In the second one the hint is the state that the first thread starts
+/* Searches and returns a new result, which may outlive the solver. On an integer model any number
+ * of searches may run on one solver at the same time, on a binary one a single one. The first form
+ * has no place for integer values in a hint: for an integer model its `hint` must be null. The
+ * second form is for integer models alone; the hint is the state that the first thread starts
  * from; if `hint_bits` is null the other two arguments are not looked at.
  *   hint_bits  [(variables + 63) / 64] words, variable i at bit i % 64 of word i / 64
  *   hint_ints  [hint_int_count] as zorv_sol_int_vals gives them
@@ -1341,6 +1352,67 @@ ZORV_API zorv_result* zorv_easy_solver_wrapper_search_int(zorv_easy_wrapper* w,
                                                           const uint64_t* hint_bits,
                                                           const coeff_t* hint_ints,
                                                           uint64_t hint_int_count);
+
+/* ---- ExhaustiveSolver --------------------------------------------------------------------------
+ */
+
+/* Looks at every state. Models of binary variables alone go to the solver library
+ * exhaustive_cppint.so beside this library (ZORV_LIB_DIR has no say), with all parameters. Models
+ * with integer variables are enumerated here, on the calling thread and with no time limit, in an
+ * order in which each state differs from the one before in one variable; the first best one is
+ * reported. The only parameter there is best_energy_sols, as for EasySolver: all states of the best
+ * energy, or as many as it says, in the order of the walk. Info keys are run_time, states, engine
+ * ("integer-cpu") and those of the machine. */
+
+/* Returns a solver that shares the model. Aborts as zorv_easy_solver_wrapper_create does, and for
+ * an integer model with more than about 2^32 states. */
+ZORV_API zorv_exhaustive_wrapper* zorv_exhaustive_wrapper_create(const zorv_model* m);
+ZORV_API void zorv_exhaustive_wrapper_destroy(zorv_exhaustive_wrapper* w);
+
+/* Searches and returns a new result. Aborts on an unknown parameter of an integer model. */
+ZORV_API zorv_result* zorv_exhaustive_wrapper_search(zorv_exhaustive_wrapper* w,
+                                                     const ParamPair* params);
+
+/* ---- KLB5Solver --------------------------------------------------------------------------------
+ */
+
+/* Receives a solution of a running search; it owns `sol` and destroys it. Events: 0 before the
+ * search starts, with all bits 0 and all integers at their lower bounds; 1 a new best solution; 2 a
+ * tick of the timer. The result sets the timer, which is off at the start: above 0 the new interval
+ * in seconds, exactly 0 off, anything else leaves it. It runs on threads of the search and may hold
+ * the search up: be short, and start no other search. */
+typedef double (*UserCallback)(void* ctx, zorv_sol* sol, uint32_t event);
+
+/* A solver with a callback, a stop from outside, and hints during a search. Models of binary
+ * variables alone go to the solver library klb5_cppint.so, found as EasySolver's is, to its CPU or
+ * its GPU engine; parameters are passed on as they are. Models with integer variables run on the
+ * engine that EasySolver has, beside which a GPU may improve states if the library can; parameters
+ * are EasySolver's, and so is ZORV_INT_UNIFIED. With a GPU, "engine" is "integer-cpu+gpu";
+ * ZORV_KLB5_INT_REPLICAS is how many replicas of each state it works on, 2048 if unset or 0.
+ *   mode  above 0: a GPU is required, the number is passed on; 0: CPU only, which for integer
+ *         models needs no library; below 0: CPU for binary models, for integer models a GPU too if
+ *         there is one
+ * Aborts if the library cannot be loaded, or lacks what model and mode need. */
+ZORV_API zorv_klb5_wrapper* zorv_klb5_wrapper_create(const zorv_model* m, int32_t mode);
+ZORV_API void zorv_klb5_wrapper_destroy(zorv_klb5_wrapper* w);
+
+/* As the functions of EasySolver, one search at a time. */
+ZORV_API zorv_result* zorv_klb5_wrapper_search(zorv_klb5_wrapper* w, const ParamPair* params,
+                                               const uint64_t* hint);
+ZORV_API zorv_result* zorv_klb5_wrapper_search_int(zorv_klb5_wrapper* w, const ParamPair* params,
+                                                   const uint64_t* hint_bits,
+                                                   const coeff_t* hint_ints,
+                                                   uint64_t hint_int_count);
+
+/* Sets the callback of all searches that follow; null for none. Not during a search. */
+ZORV_API void zorv_klb5_wrapper_set_callback(zorv_klb5_wrapper* w, UserCallback fn, void* ctx);
+
+/* Ends the search in progress, from any thread; every search starts with this taken back. */
+ZORV_API void zorv_klb5_wrapper_terminate(zorv_klb5_wrapper* w);
+
+/* Offers a state to the search in progress, from any thread, or to the next one. One that does not
+ * fit the model is ignored, and so is null. */
+ZORV_API void zorv_klb5_wrapper_hint(zorv_klb5_wrapper* w, const zorv_sol* sol);
 
 /* ---- Search results ----------------------------------------------------------------------------
  */

@@ -185,6 +185,21 @@ class TermProduct {
   coeff_t product_;
 };
 
+struct PartialSum {
+  static constexpr uint64_t kNone = UINT64_MAX;
+
+  ExprImpl sum;
+  uint64_t leader = kNone;  // where the first product that begins with a term was added
+
+  // Moves the leading entry to the first slot, which is free.
+  void open_first() {
+    TermList& list = sum.list;
+    list.first = std::move(list.terms[leader]);
+    std::move(list.terms + leader + 1, list.terms + list.count, list.terms + leader);
+    --list.count;
+  }
+};
+
 class Contraction {
  public:
   Contraction(const EinsumPlan& plan, const std::vector<EinsumInput>& inputs)
@@ -327,16 +342,30 @@ class Contraction {
     return product;
   }
 
+  // Only the first of all products that begins with a term fills the first slot of the sum. Parts
+  // cannot know whether one came before them, so the later ones keep their first slot closed.
   ExprImpl sum_of_products(uint64_t output, uint32_t threads) const {
     Chunking parts(plan_.products, 1);
     parts.chunk_items = kProductsPerPart;
     parts.chunks = (plan_.products + kProductsPerPart - 1) / kProductsPerPart;
-    std::vector<ExprImpl> sums(parts.chunks);
+    std::vector<PartialSum> sums(parts.chunks);
     for_each_chunk(output, parts, threads, [&](uint64_t c, auto& walk) {
-      walk([&](const std::vector<uint64_t>& offsets) { add_poly(sums[c], multiply_out(offsets)); });
+      PartialSum& part = sums[c];
+      TermList& list = part.sum.list;
+      if (c > 0) list.first.coeff = 1;
+      walk([&](const std::vector<uint64_t>& offsets) {
+        const ExprImpl product = multiply_out(offsets);
+        if (part.leader == PartialSum::kNone && product.list.has_first()) part.leader = list.count;
+        add_poly(part.sum, product);
+      });
+      if (c > 0) list.first = TermImpl();
     });
-    if (sums.size() == 1) return std::move(sums[0]);
-    return sum_of_exprs(sums.size(), [&](uint64_t c) -> ExprImpl& { return sums[c]; });
+    if (sums.size() == 1) return std::move(sums[0].sum);
+    const auto leading = std::find_if(sums.begin(), sums.end(), [](const PartialSum& part) {
+      return part.leader != PartialSum::kNone;
+    });
+    if (leading != sums.begin() && leading != sums.end()) leading->open_first();
+    return sum_of_exprs(sums.size(), [&](uint64_t c) -> ExprImpl& { return sums[c].sum; });
   }
 
   const EinsumPlan& plan_;

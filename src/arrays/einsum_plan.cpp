@@ -37,6 +37,10 @@ Subscript parse(const char* text, size_t input_count) {
   if (parsed.inputs.size() < input_count) {
     fatal("einsum: expected ',' separating ", input_count, " inputs in subscript \"", text, "\"");
   }
+  // Every other byte was a label, so this cannot happen as long as labels are not limited.
+  if (*at != '\0' && *at != ',' && !parsed.has_output) {
+    fatal("einsum: unexpected trailing character '", *at, "' in subscript \"", text, "\"");
+  }
   if (parsed.has_output) {
     for (at += 2; *at != '\0'; ++at) {
       if (!is_blank(*at)) parsed.output += *at;

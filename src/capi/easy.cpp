@@ -5,7 +5,7 @@ namespace zorv {
 extern "C" {
 
 zorv_easy_wrapper* zorv_easy_solver_wrapper_create(const zorv_model* m) {
-  return wrap(EasySolver(unwrap(m)));
+  return make_handle<EasySolver>(unwrap(m));
 }
 
 void zorv_easy_solver_wrapper_destroy(zorv_easy_wrapper* w) { destroy(w); }

@@ -17,6 +17,8 @@
 #include "model/model.h"
 #include "model/sol.h"
 #include "solvers/easy_solver.h"
+#include "solvers/exhaustive_solver.h"
+#include "solvers/klb5_solver.h"
 #include "solvers/search_result.h"
 #include "zorv/zorv.h"
 
@@ -48,6 +50,8 @@ ZORV_HANDLE(zorv_sol, Sol)
 ZORV_HANDLE(zorv_ilp, IlpModel)
 ZORV_HANDLE(zorv_result, SearchResult)
 ZORV_HANDLE(zorv_easy_wrapper, EasySolver)
+ZORV_HANDLE(zorv_exhaustive_wrapper, ExhaustiveSolver)
+ZORV_HANDLE(zorv_klb5_wrapper, Klb5Solver)
 #undef ZORV_HANDLE
 static_assert(std::is_standard_layout_v<Sol> && offsetof(Sol, model) == 0);
 
@@ -64,6 +68,10 @@ template <typename Handle>
 auto unwrap(Handle* const* run) {
   return reinterpret_cast<const typename RecordOf<Handle>::Type* const*>(run);
 }
+// A callback that takes solutions by handle, as the engines call it.
+inline UserCallback unwrap(::UserCallback callback) {
+  return reinterpret_cast<UserCallback>(callback);
+}
 inline const coeff_t* unwrap(const ::coeff_t* c) { return reinterpret_cast<const coeff_t*>(c); }
 
 // Makes a handle that the caller owns.
@@ -77,6 +85,13 @@ template <typename Record>
 auto wrap(std::optional<Record> record) {
   using Handle = typename HandleOf<Record>::Type;
   return record.has_value() ? wrap(*std::move(record)) : static_cast<Handle*>(nullptr);
+}
+
+// The same for records that never move.
+template <typename Record, typename... Args>
+auto make_handle(Args&&... args) {
+  using Handle = typename HandleOf<Record>::Type;
+  return reinterpret_cast<Handle*>(new Record(std::forward<Args>(args)...));
 }
 
 template <typename Handle>

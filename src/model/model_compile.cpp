@@ -52,7 +52,7 @@ ModelImpl::ModelImpl(const ExprImpl& e, double /*scale*/, const ConstraintListIm
   if (with_penalty) sum = objective_with_penalty(e, constraints->remainder);
   const ExprImpl& compiled = with_penalty ? sum : e;
 
-  StageClock clock;
+  StageClock clock("Model");
   constant = compiled.constant;
   ExprImpl penalty;
   if (with_penalty) penalty = expr_simplify_as_binary(constraints->remainder);

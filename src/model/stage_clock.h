@@ -1,4 +1,4 @@
-// Stage timers of a compilation, for whoever sets ZORV_MODEL_PROFILE.
+// Stage timers, for whoever sets ZORV_MODEL_PROFILE.
 #pragma once
 
 #include <chrono>
@@ -8,20 +8,23 @@
 namespace zorv {
 
 // Runs from its construction. Each lap ends a stage and, if the variable is set to anything at that
-// moment, writes one line about it to the standard error stream.
+// moment, writes one line about it, "  [Model] stage: 0.1s", to the standard error stream.
 class StageClock {
  public:
+  explicit StageClock(const char* what) : what_(what) {}
+
   void lap(const char* stage) {
     const auto now = Clock::now();
     if (std::getenv("ZORV_MODEL_PROFILE") != nullptr) {
       const std::chrono::duration<double> elapsed = now - mark_;
-      std::cerr << "  [Model] " << stage << ": " << elapsed.count() << "s\n";
+      std::cerr << "  [" << what_ << "] " << stage << ": " << elapsed.count() << "s\n";
     }
     mark_ = now;
   }
 
  private:
   using Clock = std::chrono::steady_clock;
+  const char* what_;
   Clock::time_point mark_ = Clock::now();
 };
 

@@ -2,13 +2,16 @@
 
 #include <cassert>
 #include <condition_variable>
+#include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <string>
 #include <thread>
 #include <utility>
 
 #include "core/fatal.h"
 #include "solvers/host_info.h"
+#include "solvers/round_thread.h"
 #include "solvers/search_bounds.h"
 #include "solvers/search_core.h"
 #include "solvers/search_params.h"
@@ -109,17 +112,42 @@ SearchResult make_result(const IntSearchCore& core) {
   add_info(result, "threads", std::to_string(core.opts.threads));
   add_info(result, "rounds", std::to_string(core.rounds.load()));
   add_info(result, "proposals", std::to_string(core.proposals.load()));
-  add_info(result, "engine", "integer-cpu");
+  add_info(result, "engine", core.opts.round_handle != nullptr ? "integer-cpu+gpu" : "integer-cpu");
   add_host_info(result);
   return result;
 }
+
+// The round thread of a search, if it has one, from here to the end of the scope.
+template <typename Number>
+class RoundsBeside {
+ public:
+  RoundsBeside(IntSearchCore& core, const SearchTables<Number>& tables) : rounds_(core, tables) {
+    if (core.opts.round_handle != nullptr && core.opts.round_fn != nullptr) {
+      thread_ = std::thread([this] { rounds_.run(); });
+    }
+  }
+  ~RoundsBeside() {
+    if (!thread_.joinable()) return;
+    thread_.join();
+    if (std::getenv("ZORV_KLB5_INT_DEBUG") == nullptr) return;
+    std::cerr << "[klb5-int-gpu] rounds=" << rounds_.rounds()
+              << " submissions=" << rounds_.submissions() << "\n";
+  }
+
+ private:
+  RoundThread<Number> rounds_;
+  std::thread thread_;
+};
 
 template <typename Number>
 SearchResult search_with(const ModelImpl& model, const IntSearchOpts& opts) {
   const SearchTables<Number> tables(model);
   IntSearchCore core(model, opts);
   core.fire_start_event();
-  run_workers(core, [&](uint32_t thread) { SearchWorker<Number>(core, tables, thread).run(); });
+  {
+    const RoundsBeside<Number> rounds(core, tables);
+    run_workers(core, [&](uint32_t thread) { SearchWorker<Number>(core, tables, thread).run(); });
+  }
   check_best(core);
   return make_result(core);
 }

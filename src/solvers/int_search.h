@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "solvers/search_result.h"
+#include "zorv/solver_abi.h"
 #include "zorv/wire.h"
 
 namespace zorv {
@@ -26,7 +27,8 @@ inline constexpr uint32_t kEventStart = 0;
 inline constexpr uint32_t kEventNewBest = 1;
 inline constexpr uint32_t kEventTimer = 2;
 
-// Hands out a state from outside, at most once, or returns false. `consumer` is 0 for the workers.
+// Hands out a state from outside, at most once to each consumer, or returns false. `consumer` is 0
+// for the workers and 1 for the round thread.
 //   words  [max(1, (bits + 63) / 64)], zero on entry     ints  [integer variables]
 // Values must lie within the bounds of their variables.
 using NextHint = bool (*)(void* ctx, uint32_t consumer, uint64_t* words, coeff_t* ints);
@@ -50,6 +52,11 @@ struct IntSearchOpts {
   ModelHandle model;  // what the Sol of a callback shares; needed only with a callback
   NextHint next_hint = nullptr;
   void* next_hint_ctx = nullptr;
+  // A second source of states, which runs on a thread of its own: see solvers/round_thread.h. Off
+  // unless both of the first two are set.
+  void* round_handle = nullptr;
+  decltype(&zorv_klb5_int_round2) round_fn = nullptr;
+  decltype(&zorv_klb5_int_hint) round_hint_fn = nullptr;
   // Counts in unbounded integers even where machine integers suffice. The search makes the same
   // moves, only slower; set by tests and benchmarks that compare the two.
   bool force_wide_numbers = false;

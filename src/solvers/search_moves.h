@@ -42,6 +42,56 @@ inline coeff_t penalty_for(const ConsRecord<coeff_t>& c, coeff_t violation) {
 }
 
 template <typename Number>
+Number penalty_at(const SearchTables<Number>& tables, const ConsRecord<Number>& c,
+                  const Number& body) {
+  switch (c.shape) {
+    case ConsShape::kBand:
+      return penalty_for(c, band_violation(c, body));
+    case ConsShape::kGap:
+      return penalty_for(c, gap_violation(c, body));
+    case ConsShape::kSet:
+      break;
+  }
+  return penalty_for(c, distance_to_set(body, tables.sets[c.set]));
+}
+
+// Takes bodies and penalties from an assignment, from the definition.
+template <typename Number>
+void evaluate_constraints(const ModelImpl& model, const SearchTables<Number>& tables,
+                          const uint64_t* words, const coeff_t* ints,
+                          std::vector<ConsRecord<Number>>& records) {
+  for (size_t c = 0; c < records.size(); ++c) {
+    ConsRecord<Number>& record = records[c];
+    record.body = number_from<Number>(body_value(model.native_cons[c], words, ints));
+    record.penalty = penalty_at(tables, record, record.body);
+  }
+}
+
+// The coefficient of `entry` times its factors, with `x` as the values of all variables.
+template <typename Number>
+inline Number cofactor(const SearchTables<Number>& tables, const ProductEntry<Number>& entry,
+                       const std::vector<Number>& x) {
+  Number product = entry.coeff;
+  for (uint64_t f = entry.factors_begin; f < entry.factors_end && product != 0; ++f) {
+    const uint32_t factor = tables.factors[f];
+    const Number& value = x[identity_of(factor)];
+    product *= is_negated(factor) ? Number(1 - value) : value;
+  }
+  return product;
+}
+
+// to^power - from^power
+template <typename Number>
+inline Number power_change(const Number& from, const Number& to, uint32_t power) {
+  Number was = from, is = to;
+  for (uint32_t p = 1; p < power; ++p) {
+    was *= from;
+    is *= to;
+  }
+  return is - was;
+}
+
+template <typename Number>
 class SearchState {
  public:
   SearchState(const ModelImpl& model, const SearchTables<Number>& tables);
@@ -61,7 +111,6 @@ class SearchState {
   void apply_move(uint32_t i, const Number& value, const Number& delta);
 
  private:
-  Number penalty_at(const ConsRecord<Number>& c, const Number& body) const;
   Number change(const PartRow<Number>& part, const Number& from, const Number& to) const;
   Number product_change(const PartRow<Number>& part, const Number& from, const Number& to) const;
 
@@ -93,25 +142,8 @@ void SearchState<Number>::evaluate() {
   const std::vector<coeff_t> state(x.begin(), x.end());
   const std::vector<uint64_t> words = words_of(model_, state);
   const std::vector<coeff_t> ints = ints_of(model_, state);
-  for (size_t c = 0; c < constraints_.size(); ++c) {
-    ConsRecord<Number>& record = constraints_[c];
-    record.body = number_from<Number>(body_value(model_.native_cons[c], words.data(), ints.data()));
-    record.penalty = penalty_at(record, record.body);
-  }
+  evaluate_constraints(model_, tables_, words.data(), ints.data(), constraints_);
   energy_ = number_from<Number>(full_energy(model_, words.data(), ints.data()));
-}
-
-template <typename Number>
-Number SearchState<Number>::penalty_at(const ConsRecord<Number>& c, const Number& body) const {
-  switch (c.shape) {
-    case ConsShape::kBand:
-      return penalty_for(c, band_violation(c, body));
-    case ConsShape::kGap:
-      return penalty_for(c, gap_violation(c, body));
-    case ConsShape::kSet:
-      break;
-  }
-  return penalty_for(c, distance_to_set(body, tables_.sets[c.set]));
 }
 
 template <typename Number>
@@ -133,19 +165,8 @@ Number SearchState<Number>::product_change(const PartRow<Number>& part, const Nu
   Number sum(0);
   for (uint64_t k = part.product_begin; k < part.product_end; ++k) {
     const ProductEntry<Number>& entry = tables_.products[k];
-    Number product = entry.coeff;
-    for (uint64_t f = entry.factors_begin; f < entry.factors_end && product != 0; ++f) {
-      const uint32_t factor = tables_.factors[f];
-      const Number& value = x[identity_of(factor)];
-      product *= is_negated(factor) ? Number(1 - value) : value;
-    }
-    if (product == 0) continue;
-    Number was = from, is = to;
-    for (uint32_t p = 1; p < entry.power; ++p) {
-      was *= from;
-      is *= to;
-    }
-    sum += product * (is - was);
+    const Number product = cofactor(tables_, entry, x);
+    if (product != 0) sum += product * power_change(from, to, entry.power);
   }
   return sum;
 }
@@ -180,7 +201,7 @@ inline Number SearchState<Number>::move_delta(uint32_t i, const Number& value) {
     const OtherBodyEntry<Number>& entry = tables_.other_bodies[k];
     const ConsRecord<Number>& record = constraints_[entry.cons];
     Number body = record.body + change(entry.part, from, value);
-    Number penalty = penalty_at(record, body);
+    Number penalty = penalty_at(tables_, record, body);
     enter(record, std::move(body), std::move(penalty));
   }
   return delta;

@@ -18,8 +18,7 @@ namespace {
 
 void read_best_energy_sols(const char* value, IntSearchOpts& opts) {
   opts.has_best_energy_sols = true;
-  const bool is_count = std::isdigit(static_cast<unsigned char>(*value)) != 0;
-  opts.best_energy_cap = is_count ? std::strtoul(value, nullptr, 10) : 0;
+  opts.best_energy_cap = parse_solution_cap(value);
 }
 
 void read_enable_default_callback(const char* value, IntSearchOpts& opts) {
@@ -56,7 +55,7 @@ struct SearchParam {
 };
 
 constexpr SearchParam kSearchParams[] = {
-    {"best_energy_sols", read_best_energy_sols},
+    {kBestEnergySols, read_best_energy_sols},
     {"enable_default_callback", read_enable_default_callback},
     {"seed", read_seed},
     {"target_energy", read_target_energy},
@@ -79,6 +78,11 @@ void read_search_params(const ParamPair* params, IntSearchOpts& opts) {
     }
     param->read(params->value != nullptr ? params->value : "", opts);
   }
+}
+
+uint64_t parse_solution_cap(const char* text) {
+  const bool is_count = std::isdigit(static_cast<unsigned char>(*text)) != 0;
+  return is_count ? std::strtoul(text, nullptr, 10) : 0;
 }
 
 uint64_t default_seed() { return std::random_device("default")(); }

@@ -10,6 +10,7 @@
 #include "solvers/descent.h"
 #include "solvers/perturbation.h"
 #include "solvers/search_walk.h"
+#include "solvers/stagnation.h"
 
 namespace zorv {
 
@@ -32,9 +33,7 @@ class SearchWorker {
   const uint32_t thread_;
   SearchWalk<Number> walk_;
 
-  bool has_seen_best_ = false;
-  coeff_t last_seen_best_;
-  uint64_t stagnation_ = 0;  // rounds since the best energy last improved
+  Stagnation stagnation_;  // of the shared best energy, round by round
 };
 
 template <typename Number>
@@ -56,11 +55,7 @@ void SearchWorker<Number>::run() {
 template <typename Number>
 void SearchWorker<Number>::note_stagnation() {
   const std::lock_guard lock(core_.mutex);
-  if (!core_.has_best) return;
-  const bool stands_still = has_seen_best_ && core_.best_energy >= last_seen_best_;
-  stagnation_ = stands_still ? stagnation_ + 1 : 0;
-  has_seen_best_ = true;
-  last_seen_best_ = core_.best_energy;
+  if (core_.has_best) stagnation_.note(core_.best_energy);
 }
 
 template <typename Number>
@@ -77,7 +72,7 @@ void SearchWorker<Number>::choose_start(bool is_first_round) {
       for (size_t i = 0; i < x.size(); ++i) x[i] = number_from<Number>(core_.best_state[i]);
     }
   }
-  perturb_state(walk_.generator, tables_, stagnation_, x);
+  perturb_state(walk_.generator, tables_, stagnation_.rounds(), x);
 }
 
 template <typename Number>
