@@ -4,10 +4,10 @@ namespace zorv {
 
 namespace {
 
-int64_t only_one(const coeff_t* slice, uint64_t length, uint64_t stride) {
+int64_t only_one(const ArrayImpl<coeff_t>& a, uint64_t base, size_t axis) {
   int64_t position = -1;
-  for (uint64_t j = 0; j < length; ++j) {
-    const coeff_t& element = slice[j * stride];
+  for (uint64_t j = 0; j < a.shape[axis]; ++j) {
+    const coeff_t& element = a[base + j * a.strides[axis]];
     if (is_zero(element)) continue;
     if (!is_one(element) || position >= 0) return -1;
     position = static_cast<int64_t>(j);
@@ -24,7 +24,7 @@ std::optional<ArrayImpl<coeff_t>> onehot_to_int(const ArrayImpl<coeff_t>& a, int
   const auto k = static_cast<size_t>(from_front);
   const Walk walk = walk_around(a.shape, k);
   return make_array<coeff_t>(walk.extents.empty() ? Shape{1} : walk.extents, [&](uint64_t i) {
-    return coeff_t(only_one(a.data + offset_of(i, walk), a.shape[k], a.strides[k]));
+    return coeff_t(only_one(a, offset_of(i, walk), k));
   });
 }
 

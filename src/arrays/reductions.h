@@ -24,8 +24,8 @@ ArrayImpl<ExprImpl> vector_sum(const ArrayImpl<T>& a, size_t axis) {
   return make_array<ExprImpl>(
       walk.extents,
       [&](uint64_t i) {
-        const T* base = a.data + offset_of(i, walk);
-        return sum_of(length, [&](uint64_t j) -> const T& { return base[j * stride]; });
+        const uint64_t base = offset_of(i, walk);
+        return sum_of(length, [&](uint64_t j) -> const T& { return a[base + j * stride]; });
       },
       length);
 }

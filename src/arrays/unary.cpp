@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <utility>
 
 #include "arrays/elementwise.h"
 #include "core/arithmetic.h"
@@ -45,7 +46,11 @@ ArrayImpl<TermImpl> coefficients_times(const ArrayImpl<coeff_t>& coeffs,
 }
 
 void replace_elements(ArrayImpl<ExprImpl>& a, const Substitution& substitution) {
-  par_for(a.size, [&](uint64_t i) { a[i] = replace(a[i], substitution); });
+  // Into a new block, as a replacement may be an element of this very array.
+  ArrayImpl<ExprImpl> replaced =
+      map_array(a, [&](const ExprImpl& e) { return replace(e, substitution); });
+  std::swap(a.data, replaced.data);
+  std::swap(a.capacity, replaced.capacity);
 }
 
 void divide(ArrayImpl<coeff_t>& a, const coeff_t& divisor) {

@@ -19,7 +19,7 @@ void visit_elements(const void* data, int kind, F f) {
       return f([=](uint64_t i) { return run[i]; });
     }
     case 2: {
-      const TermImpl* run = &unwrap(static_cast<const zorv_term*>(data));
+      const auto* run = static_cast<const TermImpl*>(data);
       return f([=](uint64_t i) -> const TermImpl& { return run[i]; });
     }
     default:

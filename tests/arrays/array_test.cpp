@@ -12,7 +12,6 @@ struct Exports;
   template <>                                                   \
   struct Exports<T> {                                           \
     static constexpr auto create = zorv_array_##K##_create;     \
-    static constexpr auto data = zorv_array_##K##_create_data;  \
     static constexpr auto clone = zorv_array_##K##_clone;       \
     static constexpr auto destroy = zorv_array_##K##_destroy;   \
     static constexpr auto size = zorv_array_##K##_size;         \
@@ -22,7 +21,6 @@ struct Exports;
     static constexpr auto subarray = zorv_array_##K##_subarray; \
     static constexpr auto view = zorv_array_##K##_view;         \
     static constexpr auto concat = zorv_array_##K##_concat;     \
-    static constexpr auto str = zorv_array_##K##_str;           \
   };
 ZORV_EXPORTS(var, uint32_t)
 ZORV_EXPORTS(int, coeff_t)
@@ -131,10 +129,12 @@ TYPED_TEST(Arrays, ViewAgreesWithAPlainWalk) {
   for (int round = 0; round < 200; ++round) {
     Shape shape(below(random, 4));
     for (uint64_t& extent : shape) extent = 1 + below(random, 4);
-    const size_t n = shape.empty() ? 0 : below(random, shape.size() + 1);
-    std::vector<uint64_t> lo(n), hi(n);
-    std::vector<uint8_t> drop(n);
-    for (size_t k = 0; k < n; ++k) {
+    const bool is_long = round == 0;  // enough for several threads
+    if (is_long) shape = {101, 101};
+    const size_t n = is_long ? 2 : below(random, shape.size() + 1);
+    std::vector<uint64_t> lo(n, 1), hi(shape.begin(), shape.begin() + n);
+    std::vector<uint8_t> drop(n, 0);
+    for (size_t k = 0; !is_long && k < n; ++k) {
       drop[k] = static_cast<uint8_t>(below(random, 3) == 0 ? 1 + below(random, 255) : 0);
       lo[k] = below(random, shape[k]);
       hi[k] = drop[k] != 0 ? 1'000 : lo[k] + below(random, shape[k] - lo[k] + 1);
@@ -169,21 +169,6 @@ TYPED_TEST(Arrays, ViewOfNothingReadsNothing) {
     ASSERT_EQ(a.shape(), row.shape);
     for (uint64_t i = 0; i < a.size(); ++i) EXPECT_TRUE(same_value(a[i], TypeParam()));
   }
-}
-
-TYPED_TEST(Arrays, LongViewsAndJoinsAreThoseOfShortOnes) {
-  using X = Exports<TypeParam>;
-  const Array<TypeParam> a = this->numbers({100, 101});
-  const uint64_t lo[] = {0, 1}, hi[] = {100, 101};
-  const uint8_t drop[] = {0, 0};
-  std::vector<uint64_t> want;
-  for (uint64_t i = 0; i < 100; ++i) {
-    for (uint64_t j = 1; j < 101; ++j) want.push_back(101 * i + j);
-  }
-  this->expect(X::view(a, lo, hi, drop, 2), {100, 100}, want);
-  want.clear();
-  for (uint64_t i = 0; i < 2 * 100 * 101; ++i) want.push_back(i % 101 + i / 202 * 101);
-  this->expect(X::concat(a, a, 1), {100, 202}, want);
 }
 
 TYPED_TEST(Arrays, ConcatTakesTurnsBehindTheAxis) {
@@ -292,8 +277,9 @@ TEST(ArrayElements, KeepTheirTagsUnlessAskedForThePolynomial) {
   zorv_expr* const handles[] = {e, v};
   const uint64_t two = 2;
   const Array a = zorv_array_expr_create_data(handles, &two, 1);
-  const Array<ExprImpl> copies[] = {Array(zorv_array_expr_clone(a)), Array(zorv_array_expr_from_expr(a)),
-                          Array(zorv_array_expr_clone_subview(a, 0, 1))};
+  const Array<ExprImpl> copies[] = {Array(zorv_array_expr_clone(a)),
+                                    Array(zorv_array_expr_from_expr(a)),
+                                    Array(zorv_array_expr_clone_subview(a, 0, 1))};
   for (const Array<ExprImpl>& copy : copies) {
     for (uint64_t i = 0; i < 2; ++i) {
       EXPECT_EQ(Handle(zorv_array_expr_get(copy, i)).attr(), unwrap(handles[i]).attr);

@@ -1,5 +1,5 @@
-// Random, legal sequences of calls of the C interface on a handful of expressions, each shadowed by
-// a plain map from literals to coefficients.
+// Random, legal sequences of calls of the C interface on a handful of expressions, also as an
+// array, each shadowed by a plain map from literals to coefficients.
 #include "core/literal.h"
 #include "reference/plain_poly.h"
 #include "support/random.h"
@@ -57,7 +57,7 @@ class RandomCalls {
     const auto n = static_cast<uint32_t>(v.size());
     const Wire wire(c);
     const bool small = shadows_[i].size() * (shadows_[j].size() + 1) < kMostTerms;
-    switch (below(random_, 17)) {
+    switch (below(random_, 21)) {
       case 0:
         return zorv_expr_iadd_int(e, wire), add(s, {}, c);
       case 1:
@@ -93,6 +93,24 @@ class RandomCalls {
       case 15:
         if (small) zorv_expr_imul_expr(e, exprs_[j]), s = times(s, shadows_[j]);
         return;
+      case 16:
+        if (small) replace(i, zorv_array_sum(exprs_, kExprs), sum_of_all());
+        return;
+      case 17:
+        return with_array([&](zorv_array_expr* a) {
+          zorv_array_expr_sub_eq_var(a, v[0]);
+          if (small) replace(i, zorv_array_expr_sum(a), sum(sum_of_all(), {{{v[0]}, -4}}));
+        });
+      case 18:
+        return with_array([&](zorv_array_expr* a) {
+          zorv_array_expr* scaled = zorv_array_expr_mul_int(a, wire);
+          replace(i, zorv_array_expr_get(scaled, j), times(shadows_[j], {{{}, c}}));
+          zorv_array_expr_destroy(scaled);
+        });
+      case 19:
+        return with_array([&](zorv_array_expr* a) {
+          if (small) replace(i, contracted(a, v), dot(v));
+        });
       default:
         if (small) replace(i, zorv_expr_sqr(exprs_[j]), times(shadows_[j], shadows_[j]));
     }
@@ -128,6 +146,35 @@ class RandomCalls {
     return v;
   }
   static PlainPoly sum(PlainPoly a, const PlainPoly& b) { return add_all(a, b, 1), a; }
+  PlainPoly sum_of_all() const {
+    PlainPoly all;
+    for (const PlainPoly& shadow : shadows_) add_all(all, shadow, 1);
+    return all;
+  }
+  // The expressions as an array of shape (2, 2).
+  template <typename F>
+  void with_array(F f) {
+    static_assert(kExprs == 4);
+    const uint64_t shape[] = {2, 2};
+    zorv_array_expr* a = zorv_array_expr_create_data(exprs_, shape, 2);
+    f(a);
+    zorv_array_expr_destroy(a);
+  }
+  // The sum of v[k] times the expressions in row k, and what that comes to.
+  static zorv_expr* contracted(zorv_array_expr* a, const std::vector<uint32_t>& v) {
+    const uint32_t factors[] = {v[0], v.back()}, kinds[] = {3, 0};
+    const uint64_t two = 2;
+    zorv_array_var* vars = zorv_array_var_create_data(factors, &two, 1);
+    void* const inputs[] = {a, vars};
+    auto* result = static_cast<zorv_array_expr*>(zorv_einsum("kj,k->", 2, kinds, inputs, 1, 0));
+    zorv_expr* e = zorv_array_expr_get(result, 0);
+    zorv_array_expr_destroy(result), zorv_array_var_destroy(vars);
+    return e;
+  }
+  PlainPoly dot(const std::vector<uint32_t>& v) const {
+    const PlainPoly top = sum(shadows_[0], shadows_[1]), bottom = sum(shadows_[2], shadows_[3]);
+    return sum(times(top, {{{v[0]}, 1}}), times(bottom, {{{v.back()}, 1}}));
+  }
   void replace(size_t i, zorv_expr* fresh, PlainPoly shadow) {
     zorv_expr_destroy(exprs_[i]);
     exprs_[i] = fresh;

@@ -69,22 +69,32 @@ inline ExprImpl as_expr(const Value& v) {
   return e;
 }
 
-// Equal kinds and equal values, terms in the same order and places; tags are left aside.
+// Equal values, terms in the same order and places; tags are left aside.
+template <typename T>
+::testing::AssertionResult same_value(const T& a, const T& b) {
+  if constexpr (std::is_same_v<T, ExprImpl>) {
+    return same_terms(a, b);
+  } else {
+    bool same;
+    if constexpr (std::is_same_v<T, TermImpl>) {
+      same = a.coeff == b.coeff && a.vars == b.vars;
+    } else {
+      same = a == b;
+    }
+    if (same) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << text(as_expr(a)) << " is not " << text(as_expr(b));
+  }
+}
+// And equal kinds.
 inline ::testing::AssertionResult same_value(const Value& a, const Value& b) {
   if (a.index() != b.index()) {
     return ::testing::AssertionFailure() << "kinds " << a.index() << " and " << b.index();
   }
-  if (const auto* v = std::get_if<uint32_t>(&a); v != nullptr && *v != std::get<uint32_t>(b)) {
-    return ::testing::AssertionFailure() << *v << " is not " << std::get<uint32_t>(b);
-  }
-  if (const auto* t = std::get_if<TermImpl>(&a)) {
-    const TermImpl& u = std::get<TermImpl>(b);
-    if (t->coeff != u.coeff || !(t->vars == u.vars)) {
-      return ::testing::AssertionFailure() << text(as_expr(a)) << " is not " << text(as_expr(b));
-    }
-    return ::testing::AssertionSuccess();
-  }
-  return same_terms(as_expr(a), as_expr(b));
+  return std::visit(
+      [&](const auto& value) {
+        return same_value(value, std::get<std::decay_t<decltype(value)>>(b));
+      },
+      a);
 }
 
 inline uint32_t tag_of(const Value& v) {
