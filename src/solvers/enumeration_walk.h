@@ -20,11 +20,11 @@
 #pragma once
 
 #include <algorithm>
-#include <cassert>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
+#include "model/bit_words.h"
 #include "solvers/search_moves.h"
 
 namespace zorv {

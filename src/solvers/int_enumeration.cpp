@@ -1,11 +1,11 @@
 #include "solvers/int_enumeration.h"
 
 #include <algorithm>
+#include <cassert>
 #include <chrono>
 #include <cmath>
 #include <cstring>
 #include <string>
-#include <utility>
 
 #include "core/fatal.h"
 #include "model/bit_words.h"
@@ -99,9 +99,10 @@ void state_at(uint64_t number, const ModelImpl& model, const SearchTables<Number
   bits.assign(words_for(tables.bit_count), 0);
   ints = model.int_lo;
   for (uint32_t i = 0; i < tables.variable_count; ++i) {
-    const uint64_t values = tables.samples[i].value_count;  // 0: more than any number
-    const uint64_t passes = values != 0 ? number / values : 0;
-    const uint64_t rest = number - passes * values;
+    const uint64_t values = tables.samples[i].value_count;
+    assert(values != 0);  // 0 is more than can be counted, and no walk comes to the end of that
+    const uint64_t passes = number / values;
+    const uint64_t rest = number % values;
     const uint64_t digit = passes % 2 == 0 ? rest : values - 1 - rest;
     if (i >= tables.bit_count) {
       ints[i - tables.bit_count] += digit;
