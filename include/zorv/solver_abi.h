@@ -22,7 +22,8 @@
  *     arrays and are only read, except for `ints` of an integer search and the outputs of a round.
  *     Results go back as CoeffWire records, see zorv/wire.h.
  *  2. The tables of a model (term_count, term_vars, term_coeffs, int_lo, int_hi) belong to the
- * model and stay good and unchanged until the handle is destroyed: keep the pointers, copy nothing.
+ *     model and stay good and unchanged until the handle is destroyed: keep the pointers, copy
+ *     nothing.
  *     The arrays of pointers to them stay good equally long. Everything that comes with a
  *     constraint or a remainder is good during the call, unless it is a table of the model too.
  *  3. term_count[d - 1], term_vars[d - 1] and term_coeffs[d - 1] describe the terms of degree d,
@@ -64,7 +65,7 @@ typedef struct SolutionOut {
   uint32_t* nbits;   /* number of binary variables */
   uint32_t* nwords;  /* (nbits + 63) / 64 */
   CoeffWire* energy; /* to be set; `limbs` is a block of malloc that the caller frees */
-  uint64_t* bits;    /* [nwords] to be set */
+  uint64_t* bits;    /* [nwords] to be set; may be null if that is 0 */
   double* tts;       /* seconds from the start of the search to this solution, to be set */
 } SolutionOut;
 
