@@ -310,7 +310,7 @@ void zorv_klb5_int_set_cons_shape(void* handle, uint8_t shape_k, uint8_t shape_k
  * something other than 0, the state at s of the outputs, within its bounds, has the energy
  * out_energies[s]; energies are checked. Returns 0, or anything else to be called no more.
  *   in_bits, out_bits  [count * W]      in_ints, out_ints  [count * I]
- *   out_energies, out_flags  [count], zeros */
+ *   out_energies  [count]      out_flags  [count], zeros */
 int32_t zorv_klb5_int_round2(void* handle, const uint64_t* in_bits, const coeff_t* in_ints,
                              uint32_t count, uint64_t* out_bits, coeff_t* out_ints,
                              coeff_t* out_energies, uint8_t* out_flags);

@@ -7,7 +7,7 @@
 namespace fake {
 namespace {
 
-Klb5Fake& control() { return klb5_fake(); }
+Klb5Fake& control() { return *klb5_fake(); }
 
 template <typename... Parts>
 void log(const Parts&... parts) {
@@ -147,9 +147,9 @@ using namespace fake;
 
 extern "C" {
 
-Klb5Fake& klb5_fake() {
+Klb5Fake* klb5_fake() {
   static Klb5Fake record;
-  return record;
+  return &record;
 }
 
 int32_t zorv_klb5_gpu_device_count(void) { return control().devices; }
@@ -337,7 +337,7 @@ int32_t zorv_klb5_int_round2(void* handle, const uint64_t* in_bits, const coeff_
       x[i] = control().begins_at[i / 64] >> (i % 64) & 1;
     }
     Coeff energy = energy_of(r, x);
-    improve(r, x, energy);
+    if (control().improves) improve(r, x, energy);
     if (control().value_error != 0) {
       x[r.nbits] += control().value_error;
       energy = energy_of(r, x);

@@ -42,9 +42,10 @@ struct Klb5Fake {
   bool has_facts = false;
   std::function<void(const Klb5Search&)> during_search;
 
-  // The rounds, which improve every state and mark every second one. A status other than 0 comes
-  // from the test.
+  // The rounds, which improve every state, if they do, and mark every second one. A status other
+  // than 0 comes from the test.
   std::function<int32_t(const Klb5Batch&)> before_round;
+  bool improves = true;
   std::vector<uint64_t> begins_at;  // bits to improve in place of those that come in; may be empty
   Coeff energy_error = 0;           // added to what the rounds report
   Coeff value_error = 0;  // added to the first integer variable, with the energy that results
@@ -52,4 +53,4 @@ struct Klb5Fake {
 
 }  // namespace fake
 
-extern "C" fake::Klb5Fake& klb5_fake();
+extern "C" fake::Klb5Fake* klb5_fake();

@@ -56,9 +56,8 @@ TEST(Klb5Native, ReportsTheStartAndEveryNewBest) {
       solver, Params{{"threads", "1"}, {"time_limit", "60"}, {"target_energy", best.c_str()}},
       nullptr);
   EXPECT_EQ(unwrap(r).energy.str(), best);
-  EXPECT_EQ(watch.start,
-            "event 0 energy " + coeff_t(pow2(70) + 26).str() + " bits 0 ints -3 " + pow2(70).str());
-  EXPECT_EQ(watch.times[0], 0.0);
+  EXPECT_EQ(watch.start, "event 0 energy " + coeff_t(pow2(70) + 26).str() + " bits 0 ints -3 " +
+                             pow2(70).str() + " at 0");
   ASSERT_GE(watch.events.size(), 2u);
   for (size_t i = 1; i < watch.events.size(); ++i) {
     EXPECT_EQ(watch.events[i], kEventNewBest);
@@ -78,7 +77,7 @@ TEST(Klb5Native, TicksAsTheCallbackSays) {
   const Needle needle;
   const struct {
     std::vector<double> answers;  // to the start, then to each tick
-    size_t ticks;
+    size_t most_ticks;
   } rows[] = {
       {{-1.0}, 0}, {{0.01, 0.0}, 1}, {{0.01, -1.0, std::nan(""), 0.001, 0.0}, 4}, {{1e9}, 0}};
   for (const auto& row : rows) {
@@ -87,11 +86,8 @@ TEST(Klb5Native, TicksAsTheCallbackSays) {
     watch.answers = row.answers;
     zorv_klb5_wrapper_set_callback(solver, Watch::see, &watch);
     const Result r =
-        zorv_klb5_wrapper_search(solver, Params{{"time_limit", "0.5"}, {"threads", "2"}}, nullptr);
-    // A machine that is busy elsewhere may tick less often, but never more.
-    EXPECT_LE(watch.ticks, row.ticks);
-    if (row.ticks == 0) continue;
-    EXPECT_GE(watch.ticks, 1u);
+        zorv_klb5_wrapper_search(solver, Params{{"time_limit", "0.2"}, {"threads", "2"}}, nullptr);
+    EXPECT_LE(watch.ticks, row.most_ticks);  // fewer on a machine that is busy elsewhere
   }
   const Klb5 solver = klb5(needle.model, 0);
   Watch watch;

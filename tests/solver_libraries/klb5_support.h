@@ -10,6 +10,7 @@
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -39,8 +40,8 @@ using Result = Owned<zorv_result, zorv_easy_solver_result_destroy>;
 class FakeFolder {
  public:
   FakeFolder(const std::vector<std::string>& lacking = {})
-      : path_(::testing::TempDir() + "zorv_klb5_" + std::to_string(getpid())) {
-    std::filesystem::create_directories(path_);
+      : path_(::testing::TempDir() + "zorv_klb5_XXXXXX") {
+    EXPECT_NE(mkdtemp(path_.data()), nullptr);
     std::ifstream in(ZORV_KLB5_FAKE, std::ios::binary);
     std::string image{std::istreambuf_iterator<char>(in), {}};
     for (const std::string& symbol : lacking) {
@@ -63,7 +64,7 @@ class FakeFolder {
   fake::Klb5Fake& use() const {
     setenv("ZORV_LIB_DIR", path_.c_str(), 1);
     void* library = dlopen(file().c_str(), RTLD_NOW);
-    return reinterpret_cast<fake::Klb5Fake& (*)()>(dlsym(library, "klb5_fake"))();
+    return *reinterpret_cast<decltype(&klb5_fake)>(dlsym(library, "klb5_fake"))();
   }
 
  private:
@@ -94,7 +95,9 @@ inline std::string take(zorv_sol* raw, uint32_t event) {
   std::string line = "event " + std::to_string(event) + " energy " + unwrap(raw).energy.str();
   line += " bits " + fake::words(unwrap(raw).bits.data(), unwrap(raw).bits.size()) + " ints";
   for (const coeff_t& value : unwrap(raw).int_vals) line += " " + value.str();
-  return line;
+  std::ostringstream tts;
+  tts << " at " << unwrap(raw).tts;
+  return line + tts.str();
 }
 
 // Minimise e, which is -1 at one assignment of 60 bits, with a 0, and otherwise a^2: out of reach
