@@ -106,6 +106,22 @@ BENCHMARK(PlainDegree2)->Apply(settings)->Arg(1'000'000)->Arg(10'000'000);
 BENCHMARK(EinsumDegree3)->Apply(settings)->Arg(1'000'000)->Arg(10'000'000);
 BENCHMARK(PlainDegree3)->Apply(settings)->Arg(1'000'000)->Arg(10'000'000);
 
+// A million outputs of one product each.
+void EinsumOfShortSums(benchmark::State& state) {
+  const auto a = variables({1'000'000});
+  time_build(state, 1'000'000, [&] { return einsum_expr("i,i->i", {{kVar, &a}, {kVar, &a}}, 1); });
+}
+
+void PlainShortSums(benchmark::State& state) {
+  const auto a = variables({1'000'000});
+  time_build(state, 1'000'000, [&] {
+    return map_array(a, [](uint32_t v) { return ExprImpl(TermImpl(1, VarList(v, v))); });
+  });
+}
+
+BENCHMARK(EinsumOfShortSums)->Apply(settings);
+BENCHMARK(PlainShortSums)->Apply(settings);
+
 // Sums and products of a million variables --------------------------------------------------------
 
 constexpr uint64_t kElements = 1'000'000;

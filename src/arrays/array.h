@@ -58,20 +58,37 @@ struct ArrayImpl {
 // An element count of items that keeps an array on one thread.
 inline constexpr uint64_t kInOrder = 0;
 
-// Makes element i by element(i), in place and each once. The work is spread over threads, in no
-// fixed order, if it comes to more than kSerialItems items; an element may count for several.
-template <typename T, typename Element>
-ArrayImpl<T> make_array(Shape shape, Element element, uint64_t items_per_element = 1) {
+// Makes element i by element(scratch, i), in place and each once. The work is spread over threads,
+// in no fixed order, if it comes to more than kSerialItems items; an element may count for several.
+// Each run of elements that one thread makes has a scratch of its own, made by new_scratch().
+template <typename T, typename NewScratch, typename Element>
+ArrayImpl<T> make_array_with(NewScratch new_scratch, Shape shape, Element element,
+                             uint64_t items_per_element) {
   ArrayImpl<T> array(std::move(shape));
   const uint64_t n = element_count(array.shape);
-  const auto make = [&](uint64_t i) { new (array.data + i) T(element(i)); };
-  if (n > 1 && n * items_per_element > kSerialItems) {
-    detail::par_for_impl(0, n, make);
-  } else {
-    for (uint64_t i = 0; i < n; ++i) make(i);
+  const Chunking runs(n, n * items_per_element > kSerialItems ? par_threads(n) : 1);
+  const auto make_run = [&](uint64_t run) {
+    auto scratch = new_scratch();
+    for (uint64_t i = runs.begin(run); i < runs.end(run); ++i) {
+      new (array.data + i) T(element(scratch, i));
+    }
+  };
+  if (runs.chunks > 1) {
+    detail::par_for_impl(0, runs.chunks, make_run);
+  } else if (n > 0) {
+    make_run(0);
   }
   array.size = n;
   return array;
+}
+
+// The same without a scratch: element(i).
+template <typename T, typename Element>
+ArrayImpl<T> make_array(Shape shape, Element element, uint64_t items_per_element = 1) {
+  struct NoScratch {};
+  return make_array_with<T>([] { return NoScratch(); }, std::move(shape),
+                            [&](NoScratch, uint64_t i) -> decltype(auto) { return element(i); },
+                            items_per_element);
 }
 
 template <typename T>

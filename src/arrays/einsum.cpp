@@ -23,10 +23,13 @@ constexpr uint64_t kProductsPerPart = 16'384;
 // Where each input stands while indices step over the axes.
 class Position {
  public:
-  Position(const LabelledAxes& axes, std::vector<uint64_t> base)
-      : axes_(axes), coordinates_(axes.extents.size()), offsets_(std::move(base)) {}
+  Position(const LabelledAxes& axes, size_t inputs)
+      : axes_(axes), coordinates_(axes.extents.size()), offsets_(inputs) {}
 
-  void move_to(uint64_t flat) {
+  // Index `flat` of the axes, with the inputs standing at `base` for index 0.
+  void set(const std::vector<uint64_t>& base, uint64_t flat) {
+    offsets_ = base;
+    std::fill(coordinates_.begin(), coordinates_.end(), 0);
     for (size_t axis = axes_.extents.size(); axis-- > 0 && flat > 0;) {
       coordinates_[axis] = flat % axes_.extents[axis];
       flat /= axes_.extents[axis];
@@ -56,6 +59,39 @@ class Position {
   const LabelledAxes& axes_;
   std::vector<uint64_t> coordinates_;
   std::vector<uint64_t> offsets_;
+};
+
+// Goes through the products of outputs, one output after the other. Reused for many outputs, so
+// that none of them allocates.
+class ProductWalk {
+ public:
+  ProductWalk(const EinsumPlan& plan, size_t inputs)
+      : origin_(inputs), output_(plan.output, inputs), summed_(plan.summed, inputs) {}
+
+  void set_output(uint64_t output) {
+    if (output == next_output_) {
+      output_.step();
+    } else {
+      output_.set(origin_, output);
+    }
+    next_output_ = output + 1;
+  }
+  // Calls body(offsets) for each of the products [begin, end) of the output, in order.
+  template <typename Body>
+  void for_each(uint64_t begin, uint64_t end, Body body) {
+    if (begin == end) return;
+    summed_.set(output_.offsets(), begin);
+    body(summed_.offsets());
+    for (uint64_t k = begin + 1; k < end; ++k) {
+      summed_.step();
+      body(summed_.offsets());
+    }
+  }
+
+ private:
+  const std::vector<uint64_t> origin_;
+  Position output_, summed_;
+  uint64_t next_output_ = UINT64_MAX;  // the one behind the current one
 };
 
 // The inputs as runs of elements.
@@ -205,68 +241,54 @@ class Contraction {
   Contraction(const EinsumPlan& plan, const std::vector<EinsumInput>& inputs)
       : plan_(plan),
         elements_(inputs),
-        is_wide_(num_threads() >= 2 && plan.outputs <= kMaxWideOutputs &&
-                 plan.products > kMaxNarrowProducts),
-        has_exprs_(elements_.has(ElementKind::kExpr)),
-        has_vars_only_(elements_.has_only(ElementKind::kVar)),
-        always_gives_terms_(!has_exprs_ && always_gives_terms(elements_)) {}
+        wide_threads_(plan.outputs <= kMaxWideOutputs && plan.products > kMaxNarrowProducts
+                          ? num_threads()
+                          : 1),
+        always_gives_terms_(!elements_.has(ElementKind::kExpr) && always_gives_terms(elements_)) {}
 
-  // An array of contract(i, threads), where `threads` is how many an element may use.
-  template <typename T, typename Contract>
-  ArrayImpl<T> run(Contract contract) const {
-    if (!is_wide_) {
-      return make_array<T>(
-          plan_.output.extents, [&](uint64_t i) { return contract(i, 1); },
-          std::min<uint64_t>(plan_.products, kSerialItems));
+  ArrayImpl<coeff_t> integers() const {
+    if (wide_threads_ > 1) {
+      return one_by_one<coeff_t>([&](uint64_t output) { return wide_integer(output); });
     }
-    ArrayImpl<T> result(plan_.output.extents);
-    for (; result.size < plan_.outputs; ++result.size) {
-      new (result.data + result.size) T(contract(result.size, num_threads()));
-    }
-    return result;
+    return spread<coeff_t>([&] { return new_walk(); },
+                           [&](ProductWalk& walk, uint64_t output) {
+                             walk.set_output(output);
+                             return sum_integers(walk, 0, plan_.products);
+                           });
   }
 
-  coeff_t integer(uint64_t output, uint32_t threads) const {
-    const Chunking chunking(plan_.products, threads);
-    std::vector<coeff_t> sums(chunking.chunks);
-    for_each_chunk(output, chunking, threads, [&](uint64_t c, auto& walk) {
-      CoeffSum sum;
-      walk([&](const std::vector<uint64_t>& offsets) { sum += integer_product(offsets); });
-      sums[c] = sum.total();
-    });
-    coeff_t total;
-    for (const coeff_t& sum : sums) total += sum;
-    return total;
-  }
-
-  ExprImpl expression(uint64_t output, uint32_t threads) const {
-    if (has_exprs_) return sum_of_products(output, threads);
-    return has_vars_only_ ? sum_of_terms<VarProduct>(output, threads)
-                          : sum_of_terms<TermProduct>(output, threads);
+  ArrayImpl<ExprImpl> expressions() const {
+    if (elements_.has(ElementKind::kExpr)) return multiplied_out();
+    return elements_.has_only(ElementKind::kVar) ? sums_of<VarProduct>() : sums_of<TermProduct>();
   }
 
  private:
-  // Calls f(c, walk) for each chunk of the products of one output; walk(body) then calls
-  // body(offsets) for each product of the chunk.
+  ProductWalk new_walk() const { return ProductWalk(plan_, elements_.count()); }
+
+  // The two ways through the outputs.
+  template <typename T, typename Contract>
+  ArrayImpl<T> one_by_one(Contract contract) const {
+    return make_array<T>(plan_.output.extents, contract, kInOrder);
+  }
+  template <typename T, typename NewScratch, typename Contract>
+  ArrayImpl<T> spread(NewScratch new_scratch, Contract contract) const {
+    return make_array_with<T>(new_scratch, plan_.output.extents, contract,
+                              std::min<uint64_t>(plan_.products, kSerialItems));
+  }
+
+  // Calls f(c, walk, begin, end) for each chunk of the products of one output.
   template <typename F>
-  void for_each_chunk(uint64_t output, const Chunking& chunking, uint32_t threads, F f) const {
-    Position base(plan_.output, std::vector<uint64_t>(elements_.count()));
-    base.move_to(output);
-    for_chunks_on_fresh_threads(chunking, threads,
+  void for_each_chunk(uint64_t output, const Chunking& chunking, F f) const {
+    for_chunks_on_fresh_threads(chunking, wide_threads_,
                                 [&](uint32_t, uint64_t c, uint64_t begin, uint64_t end) {
-                                  const auto walk = [&](auto body) {
-                                    if (begin == end) return;
-                                    Position position(plan_.summed, base.offsets());
-                                    position.move_to(begin);
-                                    body(position.offsets());
-                                    for (uint64_t k = begin + 1; k < end; ++k) {
-                                      position.step();
-                                      body(position.offsets());
-                                    }
-                                  };
-                                  f(c, walk);
+                                  ProductWalk walk = new_walk();
+                                  walk.set_output(output);
+                                  f(c, walk, begin, end);
                                 });
   }
+
+  // Integers
+  // ---------------------------------------------------------------------------------------
 
   coeff_t integer_product(const std::vector<uint64_t>& offsets) const {
     coeff_t product = elements_.integer(0, offsets[0]);
@@ -274,50 +296,111 @@ class Contraction {
     return product;
   }
 
-  // The slot at which each chunk's terms begin, and one end.
-  std::vector<uint64_t> place_terms(uint64_t output, const Chunking& chunking,
-                                    uint32_t threads) const {
-    std::vector<uint64_t> starts(chunking.chunks + 1);
-    if (always_gives_terms_) {
-      for (uint64_t c = 0; c < chunking.chunks; ++c) starts[c + 1] = chunking.end(c);
-      return starts;
+  coeff_t sum_integers(ProductWalk& walk, uint64_t begin, uint64_t end) const {
+    CoeffSum sum;
+    walk.for_each(begin, end,
+                  [&](const std::vector<uint64_t>& offsets) { sum += integer_product(offsets); });
+    return sum.total();
+  }
+
+  coeff_t wide_integer(uint64_t output) const {
+    const Chunking chunking(plan_.products, wide_threads_);
+    std::vector<coeff_t> sums(chunking.chunks);
+    for_each_chunk(output, chunking,
+                   [&](uint64_t c, ProductWalk& walk, uint64_t begin, uint64_t end) {
+                     sums[c] = sum_integers(walk, begin, end);
+                   });
+    coeff_t total;
+    for (const coeff_t& sum : sums) total += sum;
+    return total;
+  }
+
+  // Products that are terms
+  // ------------------------------------------------------------------------
+
+  template <typename Product>
+  struct TermScratch {
+    ProductWalk walk;
+    Product product;
+  };
+
+  template <typename Product>
+  ArrayImpl<ExprImpl> sums_of() const {
+    if (wide_threads_ > 1) {
+      return one_by_one<ExprImpl>([&](uint64_t output) { return wide_sum<Product>(output); });
     }
-    for_each_chunk(output, chunking, threads, [&](uint64_t c, auto& walk) {
-      TermProduct product(elements_);
-      uint64_t terms = 0;
-      walk([&](const std::vector<uint64_t>& offsets) {
-        terms += product.load(offsets) && product.has_variables();
-      });
-      starts[c + 1] = terms;
-    });
-    for (uint64_t c = 0; c < chunking.chunks; ++c) starts[c + 1] += starts[c];
-    return starts;
+    return spread<ExprImpl>(
+        [&] {
+          return TermScratch<Product>{new_walk(), Product(elements_)};
+        },
+        [&](TermScratch<Product>& scratch, uint64_t output) {
+          scratch.walk.set_output(output);
+          const uint64_t terms = count_terms(scratch.walk, scratch.product, 0, plan_.products);
+          ExprImpl sum;
+          sum.list.allocate_slots(terms);
+          sum.constant = put_terms(scratch.walk, scratch.product, 0, plan_.products, sum.list, 0);
+          sum.list.commit_slots(terms);
+          return sum;
+        });
   }
 
   template <typename Product>
-  ExprImpl sum_of_terms(uint64_t output, uint32_t threads) const {
-    const Chunking chunking(plan_.products, threads);
-    const std::vector<uint64_t> starts = place_terms(output, chunking, threads);
-    std::vector<coeff_t> constants(chunking.chunks);
+  uint64_t count_terms(ProductWalk& walk, Product& product, uint64_t begin, uint64_t end) const {
+    if (always_gives_terms_) return end - begin;
+    uint64_t terms = 0;
+    walk.for_each(begin, end, [&](const std::vector<uint64_t>& offsets) {
+      terms += product.load(offsets) && product.has_variables();
+    });
+    return terms;
+  }
+
+  // Makes exactly those terms from `slot` on; returns the sum of the products without variables.
+  template <typename Product>
+  coeff_t put_terms(ProductWalk& walk, Product& product, uint64_t begin, uint64_t end, TermList& to,
+                    uint64_t slot) const {
+    CoeffSum constant;
+    walk.for_each(begin, end, [&](const std::vector<uint64_t>& offsets) {
+      if (!product.load(offsets)) return;
+      if (product.has_variables()) {
+        product.construct(to.slot(slot++));
+      } else {
+        constant += product.coeff();
+      }
+    });
+    return constant.total();
+  }
+
+  template <typename Product>
+  ExprImpl wide_sum(uint64_t output) const {
+    const Chunking chunking(plan_.products, wide_threads_);
+    std::vector<uint64_t> starts(chunking.chunks + 1);
+    for_each_chunk(output, chunking,
+                   [&](uint64_t c, ProductWalk& walk, uint64_t begin, uint64_t end) {
+                     Product product(elements_);
+                     starts[c + 1] = count_terms(walk, product, begin, end);
+                   });
+    for (uint64_t c = 0; c < chunking.chunks; ++c) starts[c + 1] += starts[c];
     ExprImpl sum;
     sum.list.allocate_slots(starts.back());
-    for_each_chunk(output, chunking, threads, [&](uint64_t c, auto& walk) {
-      Product product(elements_);
-      uint64_t slot = starts[c];
-      CoeffSum constant;
-      walk([&](const std::vector<uint64_t>& offsets) {
-        if (!product.load(offsets)) return;
-        if (product.has_variables()) {
-          product.construct(sum.list.slot(slot++));
-        } else {
-          constant += product.coeff();
-        }
-      });
-      constants[c] = constant.total();
-    });
+    std::vector<coeff_t> constants(chunking.chunks);
+    for_each_chunk(output, chunking,
+                   [&](uint64_t c, ProductWalk& walk, uint64_t begin, uint64_t end) {
+                     Product product(elements_);
+                     constants[c] = put_terms(walk, product, begin, end, sum.list, starts[c]);
+                   });
     sum.list.commit_slots(starts.back());
     for (const coeff_t& constant : constants) sum.constant += constant;
     return sum;
+  }
+
+  // Products of expressions
+  // ------------------------------------------------------------------------
+
+  ArrayImpl<ExprImpl> multiplied_out() const {
+    const auto contract = [&](uint64_t output) { return sum_of_products(output); };
+    if (wide_threads_ > 1) return one_by_one<ExprImpl>(contract);
+    return make_array<ExprImpl>(plan_.output.extents, contract,
+                                std::min<uint64_t>(plan_.products, kSerialItems));
   }
 
   ExprImpl multiply_out(const std::vector<uint64_t>& offsets) const {
@@ -344,16 +427,16 @@ class Contraction {
 
   // Only the first of all products that begins with a term fills the first slot of the sum. Parts
   // cannot know whether one came before them, so the later ones keep their first slot closed.
-  ExprImpl sum_of_products(uint64_t output, uint32_t threads) const {
+  ExprImpl sum_of_products(uint64_t output) const {
     Chunking parts(plan_.products, 1);
     parts.chunk_items = kProductsPerPart;
     parts.chunks = (plan_.products + kProductsPerPart - 1) / kProductsPerPart;
     std::vector<PartialSum> sums(parts.chunks);
-    for_each_chunk(output, parts, threads, [&](uint64_t c, auto& walk) {
+    for_each_chunk(output, parts, [&](uint64_t c, ProductWalk& walk, uint64_t begin, uint64_t end) {
       PartialSum& part = sums[c];
       TermList& list = part.sum.list;
       if (c > 0) list.first.coeff = 1;
-      walk([&](const std::vector<uint64_t>& offsets) {
+      walk.for_each(begin, end, [&](const std::vector<uint64_t>& offsets) {
         const ExprImpl product = multiply_out(offsets);
         if (part.leader == PartialSum::kNone && product.list.has_first()) part.leader = list.count;
         add_poly(part.sum, product);
@@ -370,9 +453,7 @@ class Contraction {
 
   const EinsumPlan& plan_;
   const Elements elements_;
-  const bool is_wide_;
-  const bool has_exprs_;
-  const bool has_vars_only_;
+  const uint32_t wide_threads_;  // for one output; 1 unless few outputs are long sums
   const bool always_gives_terms_;
 };
 
@@ -387,17 +468,13 @@ ArrayImpl<coeff_t> einsum_int(const char* subscript, const std::vector<EinsumInp
             inputs[i].kind, ")");
     }
   }
-  const Contraction contraction(plan, inputs);
-  return contraction.run<coeff_t>(
-      [&](uint64_t i, uint32_t threads) { return contraction.integer(i, threads); });
+  return Contraction(plan, inputs).integers();
 }
 
 ArrayImpl<ExprImpl> einsum_expr(const char* subscript, const std::vector<EinsumInput>& inputs,
                                 uint64_t out_dim) {
   const EinsumPlan plan = plan_einsum(subscript, inputs, out_dim);
-  const Contraction contraction(plan, inputs);
-  return contraction.run<ExprImpl>(
-      [&](uint64_t i, uint32_t threads) { return contraction.expression(i, threads); });
+  return Contraction(plan, inputs).expressions();
 }
 
 }  // namespace zorv

@@ -13,23 +13,34 @@ namespace zorv {
 
 namespace {
 
+void find_constraints(const SolverLibrary& library, const std::string& prefix,
+                      ConstraintFunctions& functions) {
+  library.find(functions.add_constraint, prefix + "add_constraint");
+  library.find(functions.add_constraint_nl, prefix + "add_constraint_nl");
+  library.find(functions.add_constraint_set, prefix + "add_constraint_set");
+  library.find(functions.set_cons_shape, prefix + "set_cons_shape");
+  library.find(functions.set_remainder, prefix + "set_remainder");
+}
+
+// What the tables of the first two families have in common.
+template <typename Table>
+void bind_binary_engine(const SolverLibrary& library, const std::string& prefix, Table& table) {
+  library.require(table.create, prefix + "create");
+  library.require(table.destroy, prefix + "destroy");
+  library.require(table.search, prefix + "search");
+  library.require(table.sol_list_count, prefix + "sol_list_count");
+  library.require(table.sol_list_get, prefix + "sol_list_get");
+  library.require(table.sol_list_destroy, prefix + "sol_list_destroy");
+  library.require(table.register_callback, prefix + "register_callback");
+  library.find(table.get_info, prefix + "get_info");
+  library.find(table.free_info, prefix + "free_info");
+  find_constraints(library, prefix, table.constraints);
+}
+
 EasySolverTable load_easy() {
   const SolverLibrary library("EasySolver", solver_lib_dir() + "easysolver_" + kSolverType + ".so");
   EasySolverTable table;
-  library.require(table.create, "zorv_easy_solver_create");
-  library.require(table.destroy, "zorv_easy_solver_destroy");
-  library.require(table.search, "zorv_easy_solver_search");
-  library.require(table.sol_list_count, "zorv_easy_solver_sol_list_count");
-  library.require(table.sol_list_get, "zorv_easy_solver_sol_list_get");
-  library.require(table.sol_list_destroy, "zorv_easy_solver_sol_list_destroy");
-  library.require(table.register_callback, "zorv_easy_solver_register_callback");
-  library.find(table.get_info, "zorv_easy_solver_get_info");
-  library.find(table.free_info, "zorv_easy_solver_free_info");
-  library.find(table.constraints.add_constraint, "zorv_easy_solver_add_constraint");
-  library.find(table.constraints.add_constraint_nl, "zorv_easy_solver_add_constraint_nl");
-  library.find(table.constraints.add_constraint_set, "zorv_easy_solver_add_constraint_set");
-  library.find(table.constraints.set_cons_shape, "zorv_easy_solver_set_cons_shape");
-  library.find(table.constraints.set_remainder, "zorv_easy_solver_set_remainder");
+  bind_binary_engine(library, "zorv_easy_solver_", table);
   library.find(table.create_int, "zorv_easy_solver_create_int");
   library.find(table.search_int, "zorv_easy_solver_search_int");
   return table;
@@ -40,20 +51,7 @@ EasySolverTable load_easy() {
 ExhaustiveTable load_exhaustive() {
   const SolverLibrary library("ExhaustiveSolver", own_lib_dir() + "exhaustive_cppint.so");
   ExhaustiveTable table;
-  library.require(table.create, "zorv_exhaustive_create");
-  library.require(table.destroy, "zorv_exhaustive_destroy");
-  library.require(table.search, "zorv_exhaustive_search");
-  library.require(table.sol_list_count, "zorv_exhaustive_sol_list_count");
-  library.require(table.sol_list_get, "zorv_exhaustive_sol_list_get");
-  library.require(table.sol_list_destroy, "zorv_exhaustive_sol_list_destroy");
-  library.require(table.register_callback, "zorv_exhaustive_register_callback");
-  library.find(table.constraints.add_constraint, "zorv_exhaustive_add_constraint");
-  library.find(table.constraints.add_constraint_nl, "zorv_exhaustive_add_constraint_nl");
-  library.find(table.constraints.add_constraint_set, "zorv_exhaustive_add_constraint_set");
-  library.find(table.constraints.set_cons_shape, "zorv_exhaustive_set_cons_shape");
-  library.find(table.constraints.set_remainder, "zorv_exhaustive_set_remainder");
-  library.find(table.get_info, "zorv_exhaustive_get_info");
-  library.find(table.free_info, "zorv_exhaustive_free_info");
+  bind_binary_engine(library, "zorv_exhaustive_", table);
   return table;
 }
 
@@ -91,18 +89,8 @@ Klb5Table load_klb5() {
   library.find(table.cpu_search_int, "zorv_klb5_cpu_solver_search_int");
   library.find(table.cpu_register_callback_iv, "zorv_klb5_cpu_register_callback_iv");
   library.find(table.cpu_hint_iv, "zorv_klb5_cpu_hint_iv");
-  ConstraintFunctions& cpu = table.cpu.constraints;
-  library.find(cpu.add_constraint, "zorv_klb5_cpu_add_constraint");
-  library.find(cpu.add_constraint_nl, "zorv_klb5_cpu_add_constraint_nl");
-  library.find(cpu.add_constraint_set, "zorv_klb5_cpu_add_constraint_set");
-  library.find(cpu.set_cons_shape, "zorv_klb5_cpu_set_cons_shape");
-  library.find(cpu.set_remainder, "zorv_klb5_cpu_set_remainder");
-  ConstraintFunctions& gpu = table.gpu.constraints;
-  library.find(gpu.add_constraint, "zorv_klb5_add_constraint");
-  library.find(gpu.add_constraint_nl, "zorv_klb5_add_constraint_nl");
-  library.find(gpu.add_constraint_set, "zorv_klb5_add_constraint_set");
-  library.find(gpu.set_cons_shape, "zorv_klb5_set_cons_shape");
-  library.find(gpu.set_remainder, "zorv_klb5_set_remainder");
+  find_constraints(library, "zorv_klb5_cpu_", table.cpu.constraints);
+  find_constraints(library, "zorv_klb5_", table.gpu.constraints);
   library.require(table.cpu.destroy, "zorv_klb5_cpu_solver_destroy");
   library.require(table.cpu.search, "zorv_klb5_cpu_solver_search");
   library.require(table.cpu.register_callback, "zorv_klb5_cpu_register_callback");
@@ -123,9 +111,11 @@ SolverLibrary::SolverLibrary(const char* solver_name, const std::string& path)
   if (handle_ == nullptr) fatal(solver_name, ": failed to load ", path, ": ", dlerror());
 }
 
-void* SolverLibrary::lookup(const char* symbol) const { return dlsym(handle_, symbol); }
+void* SolverLibrary::lookup(const std::string& symbol) const {
+  return dlsym(handle_, symbol.c_str());
+}
 
-void SolverLibrary::refuse_missing(const char* symbol) const {
+void SolverLibrary::refuse_missing(const std::string& symbol) const {
   fatal(solver_name_, ": symbol not found: ", symbol);
 }
 

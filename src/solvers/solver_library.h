@@ -17,19 +17,19 @@ class SolverLibrary {
   SolverLibrary(const char* solver_name, const std::string& path);
 
   template <typename Function>
-  void find(Function*& function, const char* symbol) const {
+  void find(Function*& function, const std::string& symbol) const {
     function = reinterpret_cast<Function*>(lookup(symbol));
   }
   // Aborts if the symbol is missing.
   template <typename Function>
-  void require(Function*& function, const char* symbol) const {
+  void require(Function*& function, const std::string& symbol) const {
     find(function, symbol);
     if (function == nullptr) refuse_missing(symbol);
   }
 
  private:
-  void* lookup(const char* symbol) const;
-  [[noreturn]] void refuse_missing(const char* symbol) const;
+  void* lookup(const std::string& symbol) const;
+  [[noreturn]] void refuse_missing(const std::string& symbol) const;
 
   const char* solver_name_;
   void* handle_;
