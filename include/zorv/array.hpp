@@ -306,26 +306,36 @@ class Array {
   auto operator[](Range r) && { return materialised(start(std::as_const(*this))[r]); }
 
   /// Element i < size() in row-major order.
-  auto flat(uint64_t i) {
+  auto flat(uint64_t i) & {
     if constexpr (std::same_as<T, Expr>) {
       return ExprRef(handle_, i);
     } else {
       return std::as_const(*this).flat(i);
     }
   }
-  T flat(uint64_t i) const {
+  T flat(uint64_t i) const& {
     assert(i < size());
     return detail::Element<T>::get(handle_, i);
   }
+  T flat(uint64_t i) && { return std::as_const(*this).flat(i); }
   /// Replaces element i in row-major order.
   void set_flat(uint64_t i, const T& value) {
     assert(i < size());
     detail::Element<T>::set(handle_, i, value);
   }
 
+  /// Replaces one element: `a.set({i, j}, value)`.
+  void set(const detail::Extent (&index)[N], const T& value) {
+    uint64_t i = 0;
+    for (size_t axis = 0; axis < N; ++axis) i = i * shape_[axis] + index[axis].value;
+    set_flat(i, value);
+  }
+
   /// The first axis as a range: rows of a matrix, elements of a vector.
-  auto begin() const { return each().begin(); }
-  auto end() const { return each().end(); }
+  auto begin() { return each(*this).begin(); }
+  auto end() { return each(*this).end(); }
+  auto begin() const { return each(*this).begin(); }
+  auto end() const { return each(*this).end(); }
 
   Handle* handle() const { return handle_; }
 
@@ -342,8 +352,9 @@ class Array {
       return slice.array();
     }
   }
-  auto each() const {
-    return detail::Indexed(shape_[0], [this](uint64_t i) { return (*this)[i]; });
+  template <typename A>
+  static auto each(A& array) {
+    return detail::Indexed(array.shape_[0], [&array](uint64_t i) { return array[i]; });
   }
 
   Handle* handle_;

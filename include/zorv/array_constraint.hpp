@@ -134,7 +134,7 @@ Expr cons(const ArrayComparison<T, N, kHasLow, kHasHigh>& c) {
   for (uint64_t i = 0; i < c.body().size(); ++i) all += cons(c.flat(i));
   return all;
 }
-/// Declares that each element comes to 0, or the classic constraints of all elements.
+/// Declares each element, as `cons` does for one expression.
 template <typename A>
 requires detail::ArrayLike<A> Expr cons(const A& a) {
   const auto& array = detail::to_array(a);

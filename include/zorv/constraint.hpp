@@ -209,7 +209,8 @@ inline Expr cons(const Expr& f, const Allowed& allowed) {
   }
   return Expr(zorv_cons_equal(f.handle(), lows.data(), highs.data(), lows.size()));
 }
-/// Declares the classic constraints of an expression, or that a polynomial comes to 0.
+/// Declares the classic constraints of an expression. A polynomial without constraints becomes a
+/// penalty as it stands: it adds its value and is to be 0, so that `cons(x * y)` forbids a pair.
 template <detail::ExprLike E>
 Expr cons(const E& e) {
   return Expr(zorv_cons_mark(detail::canonical(e).handle()));

@@ -52,11 +52,22 @@ class Indexed {
  public:
   class Iterator {
    public:
+    using iterator_category = std::input_iterator_tag;
+    using reference = std::invoke_result_t<const Get&, uint64_t>;
+    using value_type = std::remove_cvref_t<reference>;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+
     Iterator(Get get, uint64_t i) : get_(std::move(get)), i_(i) {}
-    auto operator*() const { return get_(i_); }
+    reference operator*() const { return get_(i_); }
     Iterator& operator++() {
       ++i_;
       return *this;
+    }
+    Iterator operator++(int) {
+      Iterator before = *this;
+      ++i_;
+      return before;
     }
     bool operator==(const Iterator& other) const { return i_ == other.i_; }
 
@@ -119,6 +130,10 @@ class Expr : public detail::StandsForExpr {
   Expr(const T& value) : handle_(create(detail::canonical(value))) {}
   /// Takes over a handle of the C interface.
   explicit Expr(zorv_expr* handle) : handle_(handle) {}
+  Expr(const Expr&) = default;
+  Expr(Expr&&) noexcept = default;
+  Expr& operator=(const Expr&) & = default;  // not to what an array hands out as a copy
+  Expr& operator=(Expr&&) & noexcept = default;
 
   Integer constant() const {
     return detail::read_integer([&](CoeffWire* out) { zorv_expr_constant(handle(), out); });
@@ -149,14 +164,14 @@ class Expr : public detail::StandsForExpr {
   std::vector<Violation> violations(const Sol& sol) const;
 
   template <detail::Operand T>
-  Expr& operator+=(const T& value);
+  Expr& operator+=(const T& value) &;
   template <detail::Operand T>
-  Expr& operator-=(const T& value);
+  Expr& operator-=(const T& value) &;
   template <detail::Operand T>
-  Expr& operator*=(const T& value);
+  Expr& operator*=(const T& value) &;
   /// Exact: aborts on 0 and on a remainder.
   template <detail::IntegerLike T>
-  Expr& operator/=(const T& divisor) {
+  Expr& operator/=(const T& divisor) & {
     const Integer value(divisor);
     const CoeffWire wire = value.wire();
     zorv_expr_idiv_int(handle(), &wire);
@@ -177,6 +192,7 @@ class Expr : public detail::StandsForExpr {
     return zorv_expr_create_var(x.literal());
   }
   static zorv_expr* create(const Term& term) {
+    if (term.degree() == 0) return create(term.coeff());
     const CoeffWire coeff = term.coeff().wire(), zero = {0, 0, nullptr};
     return zorv_expr_create_raw_term(&coeff, term.literals(), term.degree(), &zero);
   }
@@ -254,6 +270,7 @@ void add_to(zorv_expr* e, L x) {
   zorv_expr_iadd_var(e, x.literal());
 }
 inline void add_to(zorv_expr* e, const Term& term) {
+  if (term.degree() == 0) return add_to(e, term.coeff());
   const CoeffWire coeff = term.coeff().wire();
   zorv_expr_iadd_raw_term(e, &coeff, term.literals(), term.degree());
 }
@@ -268,6 +285,7 @@ void subtract_from(zorv_expr* e, L x) {
   zorv_expr_isub_var(e, x.literal());
 }
 inline void subtract_from(zorv_expr* e, const Term& term) {
+  if (term.degree() == 0) return subtract_from(e, term.coeff());
   const CoeffWire coeff = term.coeff().wire();
   zorv_expr_isub_raw_term(e, &coeff, term.literals(), term.degree());
 }
@@ -304,19 +322,19 @@ Expr take(T&& value) {
 }  // namespace detail
 
 template <detail::Operand T>
-Expr& Expr::operator+=(const T& value) {
+Expr& Expr::operator+=(const T& value) & {
   detail::add_to(handle(), detail::canonical(value));
   return *this;
 }
 
 template <detail::Operand T>
-Expr& Expr::operator-=(const T& value) {
+Expr& Expr::operator-=(const T& value) & {
   detail::subtract_from(handle(), detail::canonical(value));
   return *this;
 }
 
 template <detail::Operand T>
-Expr& Expr::operator*=(const T& value) {
+Expr& Expr::operator*=(const T& value) & {
   detail::multiply_into(handle(), detail::canonical(value));
   return *this;
 }
@@ -432,10 +450,16 @@ inline std::ostream& operator<<(std::ostream& out, const Expr& e) { return out <
 
 namespace detail {
 
+/// Arrays, which have a sum of their own.
+template <typename T>
+inline constexpr bool kHasRank = requires {
+  std::remove_cvref_t<T>::kRank;
+};
+
 /// Terms in flat arrays, which become an expression in one call.
 class Bulk {
  public:
-  void add(const Integer& value) { add(Term(value)); }
+  void add(const Integer& value) { constants_.push_back(value); }
   template <Literal L>
   void add(L x) {
     coeffs_.emplace_back(1);
@@ -443,6 +467,7 @@ class Bulk {
     literals_.push_back(x.literal());
   }
   void add(const Term& term) {
+    if (term.degree() == 0) return add(term.coeff());
     coeffs_.push_back(term.coeff());
     degrees_.push_back(term.degree());
     literals_.insert(literals_.end(), term.literals(), term.literals() + term.degree());
@@ -450,11 +475,14 @@ class Bulk {
   Expr expr() const {
     const CoeffWire zero = {0, 0, nullptr};
     const std::vector<CoeffWire> wires = wires_of(coeffs_);
-    return Expr(zorv_expr_create_from_bulk(&zero, wires.size(), wires.data(), degrees_.data(),
-                                           literals_.data()));
+    Expr sum(zorv_expr_create_from_bulk(&zero, wires.size(), wires.data(), degrees_.data(),
+                                        literals_.data()));
+    for (const Integer& constant : constants_) sum += constant;
+    return sum;
   }
 
  private:
+  std::vector<Integer> constants_;
   std::vector<Integer> coeffs_;
   std::vector<uint32_t> degrees_;
   std::vector<uint32_t> literals_;
@@ -466,7 +494,12 @@ class Bulk {
 /// The fastest way to a long expression.
 template <std::ranges::input_range Range>
 requires detail::Operand<std::ranges::range_value_t<Range>> Expr sum(Range&& values) {
-  if constexpr (detail::ExprLike<std::ranges::range_value_t<Range>>) {
+  if constexpr (std::derived_from<std::ranges::range_value_t<Range>, Expr> &&
+                std::is_lvalue_reference_v<std::ranges::range_reference_t<Range>>) {
+    std::vector<zorv_expr*> handles;
+    for (const Expr& value : values) handles.push_back(value.handle());
+    return Expr(zorv_array_sum(handles.data(), handles.size()));
+  } else if constexpr (detail::ExprLike<std::ranges::range_value_t<Range>>) {
     Expr total;
     for (auto&& value : values) total += value;
     return total;

@@ -51,8 +51,7 @@ class Integer {
   Integer() = default;
 
   template <detail::BuiltIn T>
-  Integer(T value)
-      : sign_((value > 0) - (value < 0)), limb_count_(value != 0), word_(magnitude(value)) {}
+  Integer(T value) : size_((value > 0) - (value < 0)), limb_(magnitude(value)) {}
 
   template <detail::Multiprecision T>
   Integer(const T& value) {
@@ -64,48 +63,48 @@ class Integer {
   /// Reads an optional sign and decimal digits; anything else throws std::invalid_argument.
   explicit Integer(std::string_view decimal);
 
-  Integer(const Integer& other)
-      : sign_(other.sign_), limb_count_(other.limb_count_), word_(other.word_) {
-    if (!is_inline()) hold_copy(other.limbs());
+  Integer(const Integer& other) : size_(other.size_), limb_(other.limb_) {
+    if (other.block_ != nullptr) hold_copy(other.block_);
   }
   Integer(Integer&& other) noexcept
-      : sign_(std::exchange(other.sign_, 0)),
-        limb_count_(std::exchange(other.limb_count_, 0)),
-        word_(other.word_) {}
-  Integer& operator=(Integer other) noexcept {
-    std::swap(sign_, other.sign_);
-    std::swap(limb_count_, other.limb_count_);
-    std::swap(word_, other.word_);
+      : size_(std::exchange(other.size_, 0)),
+        limb_(other.limb_),
+        block_(std::exchange(other.block_, nullptr)) {}
+  Integer& operator=(Integer other) & noexcept {
+    std::swap(size_, other.size_);
+    std::swap(limb_, other.limb_);
+    std::swap(block_, other.block_);
     return *this;
   }
   ~Integer() {
-    if (!is_inline()) std::free(block());
+    if (block_ != nullptr) std::free(block_);  // a call less for every small value
   }
 
   /// -1, 0 or +1.
-  int sign() const { return sign_; }
+  int sign() const { return (size_ > 0) - (size_ < 0); }
 
   /// Whether the value is one of type T.
   template <detail::BuiltIn T>
   bool fits() const {
-    if (limb_count_ > 1) return false;
-    if (sign_ < 0) return word_ <= magnitude(std::numeric_limits<T>::min());
-    return limb_count_ == 0 || word_ <= static_cast<uint64_t>(std::numeric_limits<T>::max());
+    if (size_ == 0) return true;
+    if (limb_count() > 1) return false;
+    return size_ < 0 ? limb_ <= magnitude(std::numeric_limits<T>::min())
+                     : limb_ <= static_cast<uint64_t>(std::numeric_limits<T>::max());
   }
 
   /// The value as a built-in integer; throws std::overflow_error if it does not fit.
   template <detail::BuiltIn T>
   T to() const {
     if (!fits<T>()) throw std::overflow_error("zorv: " + str() + " does not fit the type");
-    if (limb_count_ == 0) return 0;
-    return static_cast<T>(sign_ < 0 ? 0 - word_ : word_);
+    if (size_ == 0) return 0;
+    return static_cast<T>(size_ < 0 ? 0 - limb_ : limb_);
   }
   /// The value as an integer of Boost.Multiprecision.
   template <detail::Multiprecision T>
   T to() const {
     T value(0);
-    if (limb_count_ != 0) import_bits(value, limbs(), limbs() + limb_count_, 64u, false);
-    return sign_ < 0 ? T(-value) : value;
+    if (size_ != 0) import_bits(value, limbs(), limbs() + limb_count(), 64u, false);
+    return size_ < 0 ? T(-value) : value;
   }
   template <typename T>
   requires detail::BuiltIn<T> || detail::Multiprecision<T>
@@ -126,17 +125,16 @@ class Integer {
   }
 
   /// The value as the C interface reads it; good as long as this object lives unchanged.
-  CoeffWire wire() const { return {sign_, limb_count_, const_cast<uint64_t*>(limbs())}; }
+  CoeffWire wire() const { return {sign(), limb_count(), const_cast<uint64_t*>(limbs())}; }
 
   /// Takes over a record that the C interface has written, its block included.
   static Integer adopt(const CoeffWire& wire) {
     Integer value;
-    value.sign_ = wire.sign;
-    value.limb_count_ = wire.nlimbs;
+    value.size_ = wire.sign * int64_t{wire.nlimbs};
     if (wire.nlimbs > 1) {
-      value.word_ = reinterpret_cast<uintptr_t>(wire.limbs);
+      value.block_ = wire.limbs;
     } else if (wire.nlimbs == 1) {
-      value.word_ = wire.limbs[0];
+      value.limb_ = wire.limbs[0];
       std::free(wire.limbs);
     }
     return value;
@@ -150,25 +148,24 @@ class Integer {
   }
   static int compare(const Integer& a, const Integer& b);
 
-  bool is_inline() const { return limb_count_ <= 1; }
-  uint64_t* block() const { return reinterpret_cast<uint64_t*>(word_); }
-  const uint64_t* limbs() const { return is_inline() ? &word_ : block(); }
-  void hold_copy(const uint64_t* limbs) {
-    void* copy = std::malloc(limb_count_ * sizeof(uint64_t));
+  uint32_t limb_count() const { return static_cast<uint32_t>(size_ < 0 ? -size_ : size_); }
+  const uint64_t* limbs() const { return block_ != nullptr ? block_ : &limb_; }
+  [[gnu::noinline]] void hold_copy(const uint64_t* limbs) {
+    void* copy = std::malloc(limb_count() * sizeof(uint64_t));
     if (copy == nullptr) throw std::bad_alloc();
-    std::memcpy(copy, limbs, limb_count_ * sizeof(uint64_t));
-    word_ = reinterpret_cast<uintptr_t>(copy);
+    std::memcpy(copy, limbs, limb_count() * sizeof(uint64_t));
+    block_ = static_cast<uint64_t*>(copy);
   }
   Integer& negated() {
-    sign_ = -sign_;
+    size_ = -size_;
     return *this;
   }
   /// \param limbs magnitude, low limbs first; leading zeros are dropped
   void set(int sign, const std::vector<uint64_t>& limbs);
 
-  int32_t sign_ = 0;
-  uint32_t limb_count_ = 0;
-  uint64_t word_ = 0;  // the magnitude, or from two limbs on the address of a block of malloc
+  int64_t size_ = 0;           // the number of limbs times the sign: one word is moved faster
+  uint64_t limb_ = 0;          // the magnitude, if it fits
+  uint64_t* block_ = nullptr;  // a block of malloc with the magnitude from two limbs on
 };
 
 inline std::string str(const Integer& value) { return value.str(); }
@@ -201,12 +198,11 @@ inline constexpr uint64_t kStep = 1'000'000'000;
 inline void Integer::set(int sign, const std::vector<uint64_t>& limbs) {
   size_t count = limbs.size();
   while (count != 0 && limbs[count - 1] == 0) --count;
-  sign_ = count == 0 ? 0 : sign;
-  limb_count_ = static_cast<uint32_t>(count);
-  if (is_inline()) {
-    word_ = count == 0 ? 0 : limbs[0];
-  } else {
+  size_ = sign * static_cast<int64_t>(count);
+  if (count > 1) {
     hold_copy(limbs.data());
+  } else if (count == 1) {
+    limb_ = limbs[0];
   }
 }
 
@@ -237,9 +233,9 @@ inline Integer::Integer(std::string_view decimal) {
 }
 
 inline std::string Integer::str() const {
-  if (sign_ == 0) return "0";
+  if (size_ == 0) return "0";
   std::vector<uint32_t> halves;
-  for (const uint64_t* limb = limbs(); limb != limbs() + limb_count_; ++limb) {
+  for (const uint64_t* limb = limbs(); limb != limbs() + limb_count(); ++limb) {
     halves.push_back(static_cast<uint32_t>(*limb));
     halves.push_back(static_cast<uint32_t>(*limb >> 32));
   }
@@ -257,15 +253,15 @@ inline std::string Integer::str() const {
     }
   }
   reversed.erase(reversed.find_last_not_of('0') + 1);
-  if (sign_ < 0) reversed.push_back('-');
+  if (size_ < 0) reversed.push_back('-');
   return {reversed.rbegin(), reversed.rend()};
 }
 
 inline int Integer::compare(const Integer& a, const Integer& b) {
-  if (a.sign_ != b.sign_) return a.sign_ < b.sign_ ? -1 : 1;
-  if (a.limb_count_ != b.limb_count_) return a.limb_count_ < b.limb_count_ ? -a.sign_ : a.sign_;
-  for (size_t i = a.limb_count_; i-- != 0;) {
-    if (a.limbs()[i] != b.limbs()[i]) return a.limbs()[i] < b.limbs()[i] ? -a.sign_ : a.sign_;
+  if (a.size_ != b.size_) return a.size_ < b.size_ ? -1 : 1;
+  for (size_t i = a.limb_count(); i-- != 0;) {
+    const uint64_t x = a.limbs()[i], y = b.limbs()[i];
+    if (x != y) return (x < y) == (a.size_ > 0) ? -1 : 1;
   }
   return 0;
 }

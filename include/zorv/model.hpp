@@ -92,7 +92,10 @@ class Sol {
   }
 
   /// Changes a variable; the energy is not valid any more. Aborts on an integer out of its bounds.
-  void set(Var x, bool value) { zorv_sol_set(handle(), x.literal(), value ? 1 : 0); }
+  template <std::integral T>
+  void set(Var x, T value) {
+    zorv_sol_set(handle(), x.literal(), value != 0);
+  }
   void set(IntVar n, const Integer& value) {
     const CoeffWire wire = value.wire();
     zorv_sol_set_int(handle(), n.literal(), &wire);

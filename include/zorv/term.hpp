@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,8 @@ class Var {
   /// Names no variable.
   Var() = default;
   constexpr explicit Var(uint32_t literal) : literal_(literal) {}
+  Var(const Var&) = default;
+  Var& operator=(const Var&) & = default;  // not to what an array hands out as a copy
 
   /// The number that the C interface uses.
   constexpr uint32_t literal() const { return literal_; }
@@ -46,6 +49,8 @@ class IntVar {
   /// Names no variable.
   IntVar() = default;
   constexpr explicit IntVar(uint32_t literal) : literal_(literal) {}
+  IntVar(const IntVar&) = default;
+  IntVar& operator=(const IntVar&) & = default;
 
   /// The number that the C interface uses.
   constexpr uint32_t literal() const { return literal_; }
@@ -91,8 +96,9 @@ namespace detail {
 template <typename T>
 concept Literal = std::same_as<T, Var> || std::same_as<T, IntVar>;
 
-/// The literals of a term: some inside, more in a block. A filler stands behind the last one, so
-/// that the literals from the third on are a block as the C interface reads it.
+/// The literals of a term: up to four inside, more in a block that doubles when its size is a power
+/// of two. A filler stands behind the last one, so that the literals from the third on are a block
+/// as the C interface reads it.
 class LiteralList {
  public:
   LiteralList() { inside_[0] = kFiller; }
@@ -100,15 +106,18 @@ class LiteralList {
     inside_[0] = literal;
     inside_[1] = kFiller;
   }
-  LiteralList(const LiteralList& other) : size_(other.size_), inside_(other.inside_) {
-    if (other.block_) {
-      capacity_ = size_;
-      block_ = copy_of(other.block_.get(), capacity_);
-    }
+  LiteralList(const LiteralList& other) : size_(other.size_) {
+    other.block_ ? hold_copy(other.data(), std::bit_ceil(size_)) : copy_inside(other);
   }
-  LiteralList(LiteralList&& other) noexcept : LiteralList() { swap(other); }
+  LiteralList(LiteralList&& other) noexcept
+      : size_(std::exchange(other.size_, 0)), block_(std::move(other.block_)) {
+    if (!block_) copy_inside(other);
+    other.inside_[0] = kFiller;
+  }
   LiteralList& operator=(LiteralList other) noexcept {
-    swap(other);
+    size_ = other.size_;
+    block_ = std::move(other.block_);
+    if (!block_) copy_inside(other);
     return *this;
   }
 
@@ -124,10 +133,7 @@ class LiteralList {
   const uint32_t* overflow() const { return size_ > 1 ? data() + 2 : nullptr; }
 
   void push_back(uint32_t literal) {
-    if (size_ == capacity_) {
-      block_ = copy_of(data(), capacity_ * 2);
-      capacity_ *= 2;
-    }
+    if (size_ >= kInside && std::has_single_bit(size_)) hold_copy(data(), size_ * 2);
     uint32_t* const end = (block_ ? block_.get() : inside_.data()) + size_++;
     end[0] = literal;
     end[1] = kFiller;
@@ -142,20 +148,21 @@ class LiteralList {
   static constexpr uint32_t kFiller = 0xFFFFFFFF;
   static constexpr uint32_t kInside = 4;
 
-  void swap(LiteralList& other) noexcept {
-    std::swap(size_, other.size_);
-    std::swap(capacity_, other.capacity_);
-    std::swap(inside_, other.inside_);
-    std::swap(block_, other.block_);
+  // Literal by literal, as they were written: a wider read of them, or a call, takes longer.
+  void copy_inside(const LiteralList& other) {
+    if (size_ > 0) inside_[0] = other.inside_[0];
+    if (size_ > 1) inside_[1] = other.inside_[1];
+    if (size_ > 2) inside_[2] = other.inside_[2];
+    if (size_ > 3) inside_[3] = other.inside_[3];
+    inside_[size_] = kFiller;
   }
-  std::unique_ptr<uint32_t[]> copy_of(const uint32_t* literals, uint32_t capacity) const {
-    auto block = std::make_unique_for_overwrite<uint32_t[]>(size_t{capacity} + 1);
-    std::copy_n(literals, size_t{size_} + 1, block.get());
-    return block;
+  [[gnu::noinline]] void hold_copy(const uint32_t* literals, uint32_t capacity) {
+    auto copy = std::make_unique_for_overwrite<uint32_t[]>(size_t{capacity} + 1);
+    std::copy_n(literals, size_t{size_} + 1, copy.get());
+    block_ = std::move(copy);
   }
 
   uint32_t size_ = 0;
-  uint32_t capacity_ = kInside;  // without the filler
   std::array<uint32_t, kInside + 1> inside_;
   std::unique_ptr<uint32_t[]> block_;
 };
@@ -175,6 +182,10 @@ class Term {
   Term(IntVar n) : coeff_(1), literals_(n.literal()) {}
   template <detail::Literal L>
   Term(Integer coeff, L x) : coeff_(std::move(coeff)), literals_(x.literal()) {}
+  Term(const Term&) = default;
+  Term(Term&&) noexcept = default;
+  Term& operator=(const Term&) & = default;
+  Term& operator=(Term&&) & noexcept = default;
 
   const Integer& coeff() const { return coeff_; }
   uint32_t degree() const { return literals_.size(); }
@@ -186,14 +197,14 @@ class Term {
   const uint32_t* overflow() const { return literals_.overflow(); }
 
   template <detail::Literal L>
-  Term& operator*=(L x) {
+  Term& operator*=(L x) & {
     literals_.push_back(x.literal());
     return *this;
   }
-  Term& operator*=(const Term& other);
-  Term& operator*=(const Integer& factor);
+  Term& operator*=(const Term& other) &;
+  Term& operator*=(const Integer& factor) &;
   /// Exact: aborts on 0 and on a remainder.
-  Term& operator/=(const Integer& divisor);
+  Term& operator/=(const Integer& divisor) &;
 
   Term operator-() const& { return Term(*this).negated(); }
   Term operator-() && { return std::move(negated()); }
@@ -242,7 +253,7 @@ inline Term read_term(const zorv_term* handle) {
 
 }  // namespace detail
 
-inline Term& Term::operator*=(const Integer& factor) {
+inline Term& Term::operator*=(const Integer& factor) & {
   int64_t product;
   if (coeff_.fits<int64_t>() && factor.fits<int64_t>() &&
       !__builtin_mul_overflow(coeff_.to<int64_t>(), factor.to<int64_t>(), &product)) {
@@ -254,7 +265,7 @@ inline Term& Term::operator*=(const Integer& factor) {
   return *this;
 }
 
-inline Term& Term::operator/=(const Integer& divisor) {
+inline Term& Term::operator/=(const Integer& divisor) & {
   const CoeffWire wire = divisor.wire();
   change_coeff([&](zorv_term* term) { zorv_term_div_coeff(term, &wire); });
   return *this;
@@ -267,7 +278,7 @@ void Term::change_coeff(Change&& change) {
   coeff_ = detail::read_integer([&](CoeffWire* out) { zorv_term_coeff(constant.get(), out); });
 }
 
-inline Term& Term::operator*=(const Term& other) {
+inline Term& Term::operator*=(const Term& other) & {
   literals_.append(other.literals_);
   return *this *= Integer(other.coeff_);
 }
