@@ -32,10 +32,10 @@ using Shape = std::array<uint64_t, N>;
 /// All positions of an axis, and those from `first` to before `last`, in the place of an index.
 struct All {};
 inline constexpr All all;
-struct Range {
+struct IndexRange {
   uint64_t first, last;
 };
-inline constexpr Range range(uint64_t first, uint64_t last) { return {first, last}; }
+inline constexpr IndexRange range(uint64_t first, uint64_t last) { return {first, last}; }
 
 namespace detail {
 
@@ -190,7 +190,7 @@ class Slice {
   /// The next axis: an index, `all`, or `range(first, last)`.
   auto operator[](uint64_t i) const { return next<kKept>(i, i + 1, true); }
   auto operator[](All) const { return next<kKept + 1>(0, array_.shape()[kGiven], false); }
-  auto operator[](Range r) const { return next<kKept + 1>(r.first, r.last, false); }
+  auto operator[](IndexRange r) const { return next<kKept + 1>(r.first, r.last, false); }
 
   /// The first axis that no index has been chosen for, as a range.
   uint64_t length() const { return array_.shape()[kGiven]; }
@@ -302,8 +302,8 @@ class Array {
   auto operator[](uint64_t i) && { return materialised(start(std::as_const(*this))[i]); }
   auto operator[](All) const& { return start(*this)[all]; }
   auto operator[](All) && { return materialised(start(std::as_const(*this))[all]); }
-  auto operator[](Range r) const& { return start(*this)[r]; }
-  auto operator[](Range r) && { return materialised(start(std::as_const(*this))[r]); }
+  auto operator[](IndexRange r) const& { return start(*this)[r]; }
+  auto operator[](IndexRange r) && { return materialised(start(std::as_const(*this))[r]); }
 
   /// Element i < size() in row-major order.
   auto flat(uint64_t i) & {
@@ -390,33 +390,46 @@ inline constexpr size_t kRankOf = std::remove_cvref_t<T>::kRank;
 
 }  // namespace detail
 
-/// Makes a block of binary variables named "name[i][j]": `var_array("x", {rows, columns})`.
+/// Makes a block of binary variables named "name[i][j]": `var_array("x", {rows, columns})`, or with
+/// the shape of another array.
+template <size_t N>
+Array<Var, N> var_array(const std::string& name, const Shape<N>& shape) {
+  return Array<Var, N>(zorv_array_var_create_named(name.c_str(), shape.data(), N));
+}
 template <size_t N>
 Array<Var, N> var_array(const std::string& name, const detail::Extent (&extents)[N]) {
-  return Array<Var, N>(
-      zorv_array_var_create_named(name.c_str(), detail::shape_of(extents).data(), N));
+  return var_array(name, detail::shape_of(extents));
 }
 
 /// Makes a block of integer variables with common bounds, named "name[i][j]". Aborts unless
 /// lo < hi.
 template <size_t N>
-Array<IntVar, N> int_var_array(const std::string& name, const detail::Extent (&extents)[N],
-                               const Integer& lo, const Integer& hi) {
-  const Shape<N> shape = detail::shape_of(extents);
+Array<IntVar, N> int_var_array(const std::string& name, const Shape<N>& shape, const Integer& lo,
+                               const Integer& hi) {
   const CoeffWire low = lo.wire(), high = hi.wire();
   const uint32_t first = zorv_new_int_var_array(name.c_str(), shape.data(), N, &low, &high);
   std::vector<uint32_t> literals(detail::size_of(shape));
   std::iota(literals.begin(), literals.end(), first);
   return Array<IntVar, N>(zorv_array_var_create_data(literals.data(), shape.data(), N));
 }
+template <size_t N>
+Array<IntVar, N> int_var_array(const std::string& name, const detail::Extent (&extents)[N],
+                               const Integer& lo, const Integer& hi) {
+  return int_var_array(name, detail::shape_of(extents), lo, hi);
+}
 
 /// Makes a block of VarInt values with common bounds.
 template <size_t N>
+Array<VarInt, N> var_int_array(const std::string& name, const Shape<N>& shape, const Integer& lo,
+                               const Integer& hi) {
+  const CoeffWire low = lo.wire(), high = hi.wire();
+  return Array<VarInt, N>(
+      zorv_array_varint_create_uniform(name.c_str(), shape.data(), N, &low, &high));
+}
+template <size_t N>
 Array<VarInt, N> var_int_array(const std::string& name, const detail::Extent (&extents)[N],
                                const Integer& lo, const Integer& hi) {
-  const CoeffWire low = lo.wire(), high = hi.wire();
-  return Array<VarInt, N>(zorv_array_varint_create_uniform(
-      name.c_str(), detail::shape_of(extents).data(), N, &low, &high));
+  return var_int_array(name, detail::shape_of(extents), lo, hi);
 }
 
 /// `a` and behind it, along `axis`, `b`. The other axes have to agree, which is not checked.

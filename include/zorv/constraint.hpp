@@ -226,10 +226,10 @@ inline Expr relu(const Expr& f, uint32_t k = 1) { return Expr(zorv_relu_term(f.h
 
 /// A constraint that does not hold on a solution, and by how much.
 struct Violation {
-  uint64_t item;      // its number among the constraints of the expression
-  Integer value;      // of the body
-  Integer lo, hi;     // what the value has to lie in; for a set of values its hull
-  Integer violation;  // the distance of the value to what is allowed
+  uint64_t item;                  // its number among the constraints of the expression
+  Integer value;                  // of the body
+  std::vector<Interval> allowed;  // what the value has to lie in, at least one
+  Integer violation;              // the distance of the value to the nearest of these
   Integer weight;
 };
 
@@ -248,11 +248,32 @@ inline bool counts_as_constraint(const Expr& e, uint64_t i) {
   return is_free_form;
 }
 
+/// The values that item i allows, whose hull is lo .. hi.
+inline std::vector<Interval> allowed_of(const Expr& e, uint64_t i, Integer lo, Integer hi) {
+  const uint64_t count = zorv_cons_item_allowed(e.handle(), i, nullptr, nullptr, 0);
+  if (count == 0) return {Interval(std::move(lo), std::move(hi))};
+  std::vector<CoeffWire> lows(count), highs(count);
+  zorv_cons_item_allowed(e.handle(), i, lows.data(), highs.data(), count);
+  std::vector<Interval> allowed;
+  for (uint64_t k = 0; k < count; ++k) {
+    allowed.emplace_back(Integer::adopt(lows[k]), Integer::adopt(highs[k]));
+  }
+  return allowed;
+}
+
 }  // namespace detail
 
+/// "4", or "4..7".
+inline std::ostream& operator<<(std::ostream& out, const Interval& interval) {
+  out << interval.lo;
+  return interval.lo == interval.hi ? out : out << ".." << interval.hi;
+}
+
+/// "constraint 2: 3 is not in 1, 5..7, off by 2".
 inline std::ostream& operator<<(std::ostream& out, const Violation& v) {
-  return out << "constraint " << v.item << ": " << v.value << " is not in " << v.lo << ".." << v.hi
-             << ", off by " << v.violation;
+  out << "constraint " << v.item << ": " << v.value << " is not in ";
+  for (const Interval& interval : v.allowed) out << interval << ", ";
+  return out << "off by " << v.violation;
 }
 
 }  // namespace zorv

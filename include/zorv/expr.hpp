@@ -156,8 +156,13 @@ class Expr : public detail::StandsForExpr {
   }
   bool has_int_vars() const { return zorv_expr_has_int_atom(handle()) != 0; }
 
-  /// Constraints: whether there are declared ones; the body of the only one; how many do not hold
-  /// on a solution, and which. The last three abort where there are none to speak of.
+  /// Constraints: how many there are, a free-form penalty among them; whether they are declared;
+  /// the body of the only one; how many do not hold on a solution, and which. The last three abort
+  /// where there are none to speak of.
+  uint64_t cons_count() const {
+    const uint32_t tag = zorv_expr_attr(handle());
+    return tag >= kFirstConstraintTag && tag != kPlainTag ? zorv_cons_item_count(handle()) : 0;
+  }
   bool is_declared() const { return zorv_expr_is_declared(handle()) != 0; }
   Expr body() const { return Expr(zorv_expr_clone(zorv_exprexprelem_get_body(handle()))); }
   uint64_t violation_count(const Sol& sol) const;
@@ -182,6 +187,9 @@ class Expr : public detail::StandsForExpr {
 
  private:
   friend class ExprRef;
+
+  static constexpr uint32_t kFirstConstraintTag = uint32_t{1} << 31;  // those below are of VarInts
+  static constexpr uint32_t kPlainTag = 0xFFFFFFFF;
 
   static zorv_expr* create(const Integer& value) {
     const CoeffWire wire = value.wire();

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-#include "zorv/wire.h"
+#include "zorv/zorv.h"
 
 namespace zorv {
 
@@ -43,9 +43,9 @@ concept Multiprecision = requires(const T& in, T& out, std::vector<uint64_t>& li
 
 }  // namespace detail
 
-/// An integer of any size: what coefficients, bounds and energies are. It stores and compares, and
-/// is made from and turned into built-in integers, decimal text and Boost's cpp_int; for arithmetic
-/// use one of those. One word is stored inside, larger values in a block of their own.
+/// An integer of any size: what coefficients, bounds and energies are. It adds, multiplies and
+/// compares, and is made from and turned into built-in integers, decimal text and Boost's cpp_int,
+/// which does the rest of arithmetic. One limb is stored inside, larger values in a block.
 class Integer {
  public:
   Integer() = default;
@@ -116,6 +116,28 @@ class Integer {
   Integer operator-() const& { return Integer(*this).negated(); }
   Integer operator-() && { return std::move(negated()); }
 
+  friend Integer operator+(const Integer& a, const Integer& b) {
+    int64_t sum;
+    return both_fit(a, b) && !__builtin_add_overflow(a.to<int64_t>(), b.to<int64_t>(), &sum)
+               ? Integer(sum)
+               : computed(a, zorv_expr_iadd_int, b);
+  }
+  friend Integer operator-(const Integer& a, const Integer& b) {
+    int64_t difference;
+    return both_fit(a, b) && !__builtin_sub_overflow(a.to<int64_t>(), b.to<int64_t>(), &difference)
+               ? Integer(difference)
+               : computed(a, zorv_expr_isub_int, b);
+  }
+  friend Integer operator*(const Integer& a, const Integer& b) {
+    int64_t product;
+    return both_fit(a, b) && !__builtin_mul_overflow(a.to<int64_t>(), b.to<int64_t>(), &product)
+               ? Integer(product)
+               : computed(a, zorv_expr_imul_int, b);
+  }
+  Integer& operator+=(const Integer& other) & { return *this = *this + other; }
+  Integer& operator-=(const Integer& other) & { return *this = *this - other; }
+  Integer& operator*=(const Integer& other) & { return *this = *this * other; }
+
   friend bool operator==(const Integer& a, const Integer& b) { return compare(a, b) == 0; }
   friend std::strong_ordering operator<=>(const Integer& a, const Integer& b) {
     return compare(a, b) <=> 0;
@@ -147,6 +169,12 @@ class Integer {
     return value < 0 ? 0 - word : word;
   }
   static int compare(const Integer& a, const Integer& b);
+  static bool both_fit(const Integer& a, const Integer& b) {
+    return a.fits<int64_t>() && b.fits<int64_t>();
+  }
+  /// Large numbers are computed by the library, as the constant of an expression.
+  static Integer computed(const Integer& a, void (*operation)(zorv_expr*, const CoeffWire*),
+                          const Integer& b);
 
   uint32_t limb_count() const { return static_cast<uint32_t>(size_ < 0 ? -size_ : size_); }
   const uint64_t* limbs() const { return block_ != nullptr ? block_ : &limb_; }
@@ -169,6 +197,7 @@ class Integer {
 };
 
 inline std::string str(const Integer& value) { return value.str(); }
+inline Integer abs(const Integer& value) { return value.sign() < 0 ? -value : value; }
 
 namespace detail {
 
@@ -255,6 +284,16 @@ inline std::string Integer::str() const {
   reversed.erase(reversed.find_last_not_of('0') + 1);
   if (size_ < 0) reversed.push_back('-');
   return {reversed.rbegin(), reversed.rend()};
+}
+
+inline Integer Integer::computed(const Integer& a, void (*operation)(zorv_expr*, const CoeffWire*),
+                                 const Integer& b) {
+  const CoeffWire left = a.wire(), right = b.wire();
+  zorv_expr* const e = zorv_expr_create_int(&left);
+  operation(e, &right);
+  Integer result = detail::read_integer([&](CoeffWire* out) { zorv_expr_constant(e, out); });
+  zorv_expr_destroy(e);
+  return result;
 }
 
 inline int Integer::compare(const Integer& a, const Integer& b) {

@@ -36,6 +36,16 @@ class Model {
   /// The native integer variables likewise.
   uint64_t int_var_count() const { return zorv_model_int_var_count(handle()); }
   IntVar int_var(uint64_t i) const { return IntVar(zorv_model_int_var_orig(handle(), i)); }
+  bool has(IntVar n) const {
+    uint64_t first = 0, last = int_var_count();
+    while (first < last) {
+      const uint64_t middle = first + (last - first) / 2;
+      const uint32_t literal = int_var(middle).literal();
+      if (literal == n.literal()) return true;
+      literal < n.literal() ? first = middle + 1 : last = middle;
+    }
+    return false;
+  }
 
   uint32_t max_degree() const { return zorv_model_max_degree(handle()); }
   /// The number of terms of one degree from 1 to max_degree().
@@ -133,12 +143,9 @@ inline std::vector<Violation> Expr::violations(const Sol& sol) const {
     if (!detail::counts_as_constraint(*this, i)) continue;
     CoeffWire value{}, lo{}, hi{}, violation{}, weight{};
     zorv_cons_item_eval(handle(), i, sol.handle(), &value, &lo, &hi, &violation, &weight);
-    Violation v{i,
-                Integer::adopt(value),
-                Integer::adopt(lo),
-                Integer::adopt(hi),
-                Integer::adopt(violation),
-                Integer::adopt(weight)};
+    Violation v{i, Integer::adopt(value),
+                detail::allowed_of(*this, i, Integer::adopt(lo), Integer::adopt(hi)),
+                Integer::adopt(violation), Integer::adopt(weight)};
     if (v.violation != 0) violations.push_back(std::move(v));
   }
   return violations;

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
+#include <iomanip>
+#include <limits>
+#include <locale>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -30,6 +32,7 @@ struct Param {
  private:
   static std::string text(bool value) { return value ? "1" : "0"; }
   static std::string text(const std::string& value) { return value; }
+  static std::string text(const char* value) { return value; }  // which would convert to bool
   template <detail::IntegerLike T>
   static std::string text(const T& value) {
     return Integer(value).str();
@@ -38,7 +41,7 @@ struct Param {
   static std::string text(T value) {
     std::ostringstream out;
     out.imbue(std::locale::classic());
-    out << std::fixed << value;
+    out << std::setprecision(std::numeric_limits<T>::max_digits10) << value;
     return out.str();
   }
 };
@@ -101,7 +104,10 @@ zorv_result* search_from(Solver* solver, const ParamPair* params, const Model& m
                                                     const coeff_t*, uint64_t)) {
   if (hint == nullptr) return search(solver, params, nullptr);
   if (model.int_var_count() == 0) return search(solver, params, zorv_sol_bits(hint->handle()));
-  return search_int(solver, params, zorv_sol_bits(hint->handle()),
+  // Without binary variables there may be no words, and null would mean that there is no hint.
+  static constexpr uint64_t kNoBits = 0;
+  const uint64_t* bits = zorv_sol_bits(hint->handle());
+  return search_int(solver, params, bits != nullptr ? bits : &kNoBits,
                     zorv_sol_int_vals(hint->handle()), zorv_sol_int_count(hint->handle()));
 }
 

@@ -202,7 +202,10 @@ class Term {
     return *this;
   }
   Term& operator*=(const Term& other) &;
-  Term& operator*=(const Integer& factor) &;
+  Term& operator*=(const Integer& factor) & {
+    coeff_ *= factor;
+    return *this;
+  }
   /// Exact: aborts on 0 and on a remainder.
   Term& operator/=(const Integer& divisor) &;
 
@@ -214,10 +217,6 @@ class Term {
     coeff_ = -std::move(coeff_);
     return *this;
   }
-
-  /// Arithmetic on coefficients of any size is the library's, on a term of its own.
-  template <typename Change>
-  void change_coeff(Change&& change);
 
   Integer coeff_;
   detail::LiteralList literals_;
@@ -253,34 +252,17 @@ inline Term read_term(const zorv_term* handle) {
 
 }  // namespace detail
 
-inline Term& Term::operator*=(const Integer& factor) & {
-  int64_t product;
-  if (coeff_.fits<int64_t>() && factor.fits<int64_t>() &&
-      !__builtin_mul_overflow(coeff_.to<int64_t>(), factor.to<int64_t>(), &product)) {
-    coeff_ = product;
-  } else {
-    const CoeffWire wire = factor.wire();
-    change_coeff([&](zorv_term* term) { zorv_term_mul_coeff(term, &wire); });
-  }
-  return *this;
-}
-
 inline Term& Term::operator/=(const Integer& divisor) & {
-  const CoeffWire wire = divisor.wire();
-  change_coeff([&](zorv_term* term) { zorv_term_div_coeff(term, &wire); });
-  return *this;
-}
-
-template <typename Change>
-void Term::change_coeff(Change&& change) {
   const detail::TermHandle constant{Term(coeff_)};
-  change(constant.get());
+  const CoeffWire wire = divisor.wire();
+  zorv_term_div_coeff(constant.get(), &wire);
   coeff_ = detail::read_integer([&](CoeffWire* out) { zorv_term_coeff(constant.get(), out); });
+  return *this;
 }
 
 inline Term& Term::operator*=(const Term& other) & {
   literals_.append(other.literals_);
-  return *this *= Integer(other.coeff_);
+  return *this *= other.coeff_;
 }
 
 /// "-2*x*~y".

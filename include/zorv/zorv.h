@@ -1340,7 +1340,8 @@ ZORV_API void zorv_easy_solver_wrapper_destroy(zorv_easy_wrapper* w);
  * of searches may run on one solver at the same time, on a binary one a single one. The first form
  * has no place for integer values in a hint: for an integer model its `hint` must be null. The
  * second form is for integer models alone; the hint is the state that the first thread starts
- * from; if `hint_bits` is null the other two arguments are not looked at.
+ * from; if `hint_bits` is null the other two arguments are not looked at, so a hint for a model
+ * without binary variables, whose zorv_sol_bits is null, needs some other pointer.
  *   hint_bits  [(variables + 63) / 64] words, variable i at bit i % 64 of word i / 64
  *   hint_ints  [hint_int_count] as zorv_sol_int_vals gives them
  * Both abort on a bad parameter; the first on a hint; the second on a count other than the model's

@@ -18,6 +18,7 @@ TEST(Array, IsMadeOfBracesContainersAndZeros) {
   EXPECT_THROW((Array<Integer, 2>{{1, 2}, {3}}), std::invalid_argument);
   EXPECT_EQ(str(var_array("x", {2, 1})), "{{x[0][0]},{x[1][0]}}");
   EXPECT_EQ(var_int_array("k", {2}, 0, 5)[1].max(), 5);
+  EXPECT_EQ(str(int_var_array("n", a.shape(), 0, 5)[1][2]), "n[1][2]");
 }
 
 TEST(Array, IndicesSlicesAndRangesPickElements) {

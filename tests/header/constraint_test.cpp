@@ -120,6 +120,9 @@ TEST(Violations, ListWhatDoesNotHold) {
   EXPECT_EQ(broken[1].value, 0);
   EXPECT_EQ(broken[2].item, 3u);  // the absolute value before it is no requirement
   EXPECT_EQ(broken[2].violation, 1);
+  out.str("");
+  out << broken[2];
+  EXPECT_EQ(out.str(), "constraint 3: 6 is not in 7, 9, off by 1");
   sol.set(n, 4);
   sol.set(x, 1);
   EXPECT_EQ(rules.violations(sol).size(), 1u);

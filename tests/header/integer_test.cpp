@@ -34,9 +34,13 @@ TEST(Integer, AgreesWithBoostInEveryForm) {
     EXPECT_EQ(integer.to<cpp_int>(), value);
     EXPECT_EQ(integer.sign(), value.sign());
     EXPECT_EQ((-integer).str(), cpp_int(-value).str());
+    EXPECT_EQ(abs(integer).str(), cpp_int(abs(value)).str());
     for (const cpp_int& other : values) {
       EXPECT_EQ(integer < Integer(other), value < other) << value << " and " << other;
       EXPECT_EQ(integer == Integer(other), value == other) << value << " and " << other;
+      EXPECT_EQ((integer + Integer(other)).str(), cpp_int(value + other).str());
+      EXPECT_EQ((integer - Integer(other)).str(), cpp_int(value - other).str());
+      EXPECT_EQ((integer * Integer(other)).str(), cpp_int(value * other).str());
     }
   }
 }

@@ -119,6 +119,7 @@ TEST(Operators, SignsAndExactDivision) {
 
 TEST(Operators, CoefficientsGrowBeyondEveryBuiltInType) {
   const Integer big("1000000000000000000000000000000");
+  EXPECT_EQ(str(2 * big * x), str(x * big * 2));
   EXPECT_EQ(str(big * x * -1000 * y), "-1000000000000000000000000000000000*x*y");
   EXPECT_EQ(str(INT64_MAX * x * 2), "18446744073709551614*x");
   EXPECT_EQ(str(INT64_MIN * x * -1), "9223372036854775808*x");

@@ -24,9 +24,13 @@ TEST(Model, TellsWhatItHolds) {
   EXPECT_EQ(model.var_count(), 1u);
   EXPECT_TRUE(same(model.var(0), p.x) && model.has(p.x));
   EXPECT_EQ(model.int_var_count(), 2u);
-  EXPECT_TRUE(same(model.int_var(0), p.n));
+  EXPECT_TRUE(same(model.int_var(0), p.n) && model.has(p.n) && model.has(p.m));
+  EXPECT_FALSE(model.has(int_var(0, 1)) || model.has(var()));
   EXPECT_EQ(model.max_degree(), 2u);
   EXPECT_EQ(model.cons_count(), 1u);
+  EXPECT_EQ((p.rules + cons(p.x)).cons_count(), 2u);
+  EXPECT_EQ((p.x + p.n).cons_count(), 0u);
+  EXPECT_EQ(Expr(VarInt(0, 3)).cons_count(), 0u);
   EXPECT_EQ(model.constant(), 5);
   EXPECT_EXIT(Model::from_simplified(p.x * p.x + 1), ::testing::KilledBySignal(SIGABRT), "^zorv: ");
 }
@@ -54,6 +58,20 @@ TEST(Sol, HoldsValuesAndComputesOnRequest) {
   EXPECT_EXIT(sol.set(p.n, 10), ::testing::KilledBySignal(SIGABRT), "^zorv: ");
 }
 
+TEST(Params, AreTextsThatReadBackAsTheirValues) {
+  const Params params = {{"a", "2.5"},
+                         {"b", std::string("x")},
+                         {"c", true},
+                         {"d", -7},
+                         {"e", Integer("18446744073709551616")},
+                         {"f", 1e-9},
+                         {"g", 2.5f}};
+  const char* texts[] = {"2.5", "x", "1", "-7", "18446744073709551616"};
+  for (size_t i = 0; i < std::size(texts); ++i) EXPECT_EQ(params[i].value, texts[i]);
+  EXPECT_EQ(std::stod(params[5].value), 1e-9);
+  EXPECT_EQ(std::stod(params[6].value), 2.5);
+}
+
 TEST(EasySolver, FindsTheOptimumAndTellsAboutTheSearch) {
   const Problem p;
   const Model model(p.objective);
@@ -71,6 +89,12 @@ TEST(EasySolver, FindsTheOptimumAndTellsAboutTheSearch) {
   EXPECT_TRUE(first.sols.empty());
 
   // A search from the optimum is there at once, even with no time.
+  const IntVar k = int_var("k", 0, 1000000);
+  const Model no_bits(sqr(k - 777));
+  Sol start(no_bits);
+  start.set(k, 777);
+  EasySolver other(no_bits);
+  EXPECT_EQ(other.search({{"time_limit", 0}, {"threads", 1}}, start).sol[k], 777);
   const Result hinted =
       solver.search({{"time_limit", 0}, {"threads", 1}, {"best_energy_sols", true}}, first.sol);
   EXPECT_EQ(hinted.sol.energy(), least);
