@@ -1,8 +1,8 @@
 #include "constraints/inspection.h"
 
 #include "constraints/sol_value.h"
-#include "constraints/violation.h"
 #include "core/fatal.h"
+#include "zorv/exact_range.h"
 
 namespace zorv {
 

@@ -1,11 +1,11 @@
 // The energy of an assignment, straight from the tables of the model. Exact, and a full pass each
 // time: engines keep their own running sums and are checked against this.
-#include "constraints/violation.h"
 #include "core/coeff_sum.h"
 #include "core/fatal.h"
 #include "core/literal.h"
 #include "model/bit_words.h"
 #include "model/sol.h"
+#include "zorv/exact_range.h"
 
 namespace zorv {
 

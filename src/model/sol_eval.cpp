@@ -2,13 +2,13 @@
 // not abort on one that the model does not have: a term with such a variable or atom counts as 0.
 #include "constraints/inspection.h"
 #include "constraints/sol_value.h"
-#include "constraints/violation.h"
 #include "core/attr_rules.h"
 #include "core/coeff_sum.h"
 #include "core/fatal.h"
 #include "core/literal.h"
 #include "model/bit_words.h"
 #include "model/sol.h"
+#include "zorv/exact_range.h"
 
 namespace zorv {
 

@@ -1,8 +1,7 @@
 #include "solvers/search_bounds.h"
 
 #include <algorithm>
-
-#include "constraints/violation.h"
+#include <utility>
 
 namespace zorv {
 
@@ -29,27 +28,6 @@ coeff_t polynomial_reach(const ModelImpl& model, const std::vector<coeff_t>& mag
     }
   }
   return reach;
-}
-
-coeff_t largest_end(const std::vector<Interval>& intervals) {
-  coeff_t largest;
-  for (const Interval& interval : intervals) {
-    largest = std::max({largest, coeff_t(abs(interval.first)), coeff_t(abs(interval.second))});
-  }
-  return largest;
-}
-
-coeff_t violation_reach(const std::vector<Interval>& intervals, const Interval& range,
-                        const coeff_t& reach) {
-  if (has_crossed_ends(intervals)) return largest_end(intervals) * 2 + reach;
-  coeff_t farthest =
-      std::max(distance_to_set(range.first, intervals), distance_to_set(range.second, intervals));
-  for (size_t k = 0; k + 1 < intervals.size(); ++k) {
-    const coeff_t half_gap = (intervals[k + 1].first - intervals[k].second) / 2;
-    const coeff_t middle = intervals[k].second + half_gap;
-    if (range.first <= middle && middle <= range.second) farthest = std::max(farthest, half_gap);
-  }
-  return farthest;
 }
 
 // Products of the ends of two intervals.
@@ -107,48 +85,25 @@ Interval body_range(const ModelImpl& model, const NativeCons& cons) {
   return sum;
 }
 
-bool has_crossed_ends(const std::vector<Interval>& intervals) {
-  return std::any_of(intervals.begin(), intervals.end(),
-                     [](const Interval& interval) { return interval.second < interval.first; });
-}
-
 std::vector<Interval> penalty_intervals(const NativeCons& cons, const Interval& range) {
   std::vector<Interval> intervals = cons.allowed;
   if (intervals.empty()) intervals = {{cons.lo, cons.hi}};
-  if (has_crossed_ends(intervals)) return intervals;
-
-  std::sort(intervals.begin(), intervals.end());
-  std::vector<Interval> joined;
-  for (auto& [low, high] : intervals) {
-    low = std::max(low, std::min(high, range.first));
-    high = std::min(high, std::max(low, range.second));
-    if (!joined.empty() && low <= joined.back().second) {
-      joined.back().second = std::max(joined.back().second, high);
-    } else {
-      joined.emplace_back(low, high);
-    }
-  }
-  return joined;
+  return joined_within(std::move(intervals), range);
 }
 
 bool fits_machine_integers(const ModelImpl& model) {
-  const coeff_t limit = coeff_t(1) << kMachineBits;
+  SearchBound<coeff_t> bound;
   const std::vector<coeff_t> magnitudes = value_magnitudes(model);
   for (size_t j = 0; j < model.int_lo.size(); ++j) {
-    const coeff_t range = model.int_hi[j] - model.int_lo[j];
-    if (magnitudes[model.variables.size() + j] + range > limit) return false;
+    bound.add_value(magnitudes[model.variables.size() + j] + model.int_hi[j] - model.int_lo[j]);
   }
-  coeff_t energy_reach = polynomial_reach(model, magnitudes);
+  bound.add_terms(polynomial_reach(model, magnitudes));
   for (const NativeCons& cons : model.native_cons) {
-    const coeff_t reach = body_reach(cons, magnitudes, model.variables.size());
-    const Interval range = body_range(model, cons);
-    const std::vector<Interval> intervals = penalty_intervals(cons, range);
-    const coeff_t weight = abs(cons.weight);
-    // A move changes a body by up to twice its reach before the sum is back within it.
-    if (weight > limit || reach * 3 > limit || largest_end(intervals) + reach > limit) return false;
-    energy_reach += penalty(weight, violation_reach(intervals, range, reach), cons.shape_k);
+    const BodyExtent<coeff_t> body{body_range(model, cons),
+                                   body_reach(cons, magnitudes, model.variables.size())};
+    bound.add_constraint(cons.weight, cons.shape_k, penalty_intervals(cons, body.range), body);
   }
-  return energy_reach * 2 <= limit;
+  return bound.fits(kMachineBits);
 }
 
 }  // namespace zorv

@@ -6,12 +6,9 @@
 
 #include "core/literal.h"
 #include "model/model.h"
+#include "zorv/exact_range.h"
 
 namespace zorv {
-
-// Everything that a search on machine integers computes stays below 2 to this power: one bit under
-// what a sum of two such numbers needs.
-inline constexpr unsigned kMachineBits = 62;
 
 // The place of a compiled literal in a whole state: binary variables first, then integer ones.
 inline uint32_t flat_index(uint32_t literal, uint64_t bit_count) {
@@ -29,11 +26,8 @@ coeff_t body_reach(const NativeCons& cons, const std::vector<coeff_t>& magnitude
 // The least and the greatest value that interval arithmetic allows the body of `cons`.
 Interval body_range(const ModelImpl& model, const NativeCons& cons);
 
-// The intervals of `cons`, sorted and joined, with ends beyond `range` drawn in to it, which
-// changes no violation of a body within the range. Where an interval has its ends crossed, all of
-// them come back as they stand.
+// The intervals of `cons`, joined within `range`.
 std::vector<Interval> penalty_intervals(const NativeCons& cons, const Interval& range);
-bool has_crossed_ends(const std::vector<Interval>& intervals);
 
 // Whether no step of a search can leave the range of kMachineBits: values and the candidates tried
 // before the test of bounds, bodies, violations, penalties, energies, and differences of them.

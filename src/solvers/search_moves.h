@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "constraints/violation.h"
 #include "solvers/search_tables.h"
+#include "zorv/exact_range.h"
 
 namespace zorv {
 

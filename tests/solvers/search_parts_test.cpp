@@ -7,7 +7,6 @@
 #include <random>
 #include <sstream>
 
-#include "constraints/violation.h"
 #include "solvers/fast_modulo.h"
 #include "solvers/generator.h"
 #include "solvers/progress.h"
@@ -17,6 +16,7 @@
 #include "solvers/search_models.h"
 #include "solvers/search_params.h"
 #include "support/random.h"
+#include "zorv/exact_range.h"
 
 namespace zorv::test {
 namespace {

@@ -1,0 +1,21 @@
+// The number type that crosses the boundary: an exact, unbounded, signed integer.
+#pragma once
+
+#include <boost/multiprecision/cpp_int.hpp>
+
+#include "zorv/solver_abi.h"
+
+namespace zorv::plugin {
+
+using Coeff = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<>,
+                                            boost::multiprecision::et_off>;
+
+// One coefficient of a caller, or an array of them.
+inline const Coeff* as_coeffs(const ::coeff_t* coeffs) {
+  return reinterpret_cast<const Coeff*>(coeffs);
+}
+
+// Frees the block that `*out` holds, then stores `value` in a fresh one (none for zero).
+void write_wire(const Coeff& value, CoeffWire* out);
+
+}  // namespace zorv::plugin

@@ -1,0 +1,13 @@
+// The order in which assignments are visited: the reflected Gray code, in which a step flips one
+// variable and variable 0 flips most often. An assignment is one word here, variable i at bit i,
+// and its rank is its place in that order, from 0. Ranks break ties of the energy, so that results
+// depend neither on the number of threads nor on how a walk is cut into pieces.
+#pragma once
+
+#include <cstdint>
+
+namespace zorv::plugin {
+
+inline constexpr uint64_t state_of_rank(uint64_t rank) { return rank ^ (rank >> 1); }
+
+}  // namespace zorv::plugin
