@@ -1,0 +1,364 @@
+// The heuristic library against a plain loop over all assignments.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <map>
+#include <set>
+
+#include "plugins/abi_model.h"
+
+namespace zorv::test {
+namespace {
+
+struct Easy {
+  static constexpr auto create = zorv_easy_solver_create;
+  static constexpr auto destroy = zorv_easy_solver_destroy;
+  static constexpr auto add_constraint = zorv_easy_solver_add_constraint;
+  static constexpr auto add_constraint_nl = zorv_easy_solver_add_constraint_nl;
+  static constexpr auto add_constraint_set = zorv_easy_solver_add_constraint_set;
+  static constexpr auto set_cons_shape = zorv_easy_solver_set_cons_shape;
+  static constexpr auto set_remainder = zorv_easy_solver_set_remainder;
+};
+using Solver = Handle<Easy>;
+
+struct Found {
+  Coeff energy;
+  uint64_t state;
+  bool operator==(const Found&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Found& f) {
+  return out << f.energy << " at " << f.state;
+}
+
+class Output {
+ public:
+  explicit Output(uint64_t variables)
+      : nbits_(static_cast<uint32_t>(variables)), nwords_((nbits_ + 63) / 64) {}
+  ~Output() { std::free(energy_.limbs); }
+  SolutionOut* record() { return &record_; }
+  Found found() const {
+    Coeff energy = 0;
+    for (uint32_t i = energy_.nlimbs; i > 0; --i) energy = (energy << 64) + energy_.limbs[i - 1];
+    EXPECT_TRUE(tts_ >= 0 && tts_ < 1e3);
+    return {energy * energy_.sign, state_};
+  }
+
+ private:
+  uint32_t nbits_, nwords_;
+  CoeffWire energy_ = {0, 0, nullptr};
+  uint64_t state_ = 0;
+  double tts_ = -1;
+  SolutionOut record_ = {&nbits_, &nwords_, &energy_, nwords_ != 0 ? &state_ : nullptr, &tts_};
+};
+
+struct Answer {
+  Found best;
+  std::vector<Found> list;
+};
+
+using Params = std::map<std::string, std::string>;
+
+Answer search(const Solver& solver, uint64_t variables, const Params& params,
+              const uint64_t* hint = nullptr) {
+  std::vector<ParamPair> pairs;
+  for (const auto& [key, value] : params) pairs.push_back({key.c_str(), value.c_str()});
+  pairs.push_back({nullptr, nullptr});
+  Output out(variables);
+  void* list = zorv_easy_solver_search(solver, out.record(), pairs.data(), hint);
+  Answer answer{out.found(), {}};
+  for (uint64_t i = 0; list != nullptr && i < zorv_easy_solver_sol_list_count(list); ++i) {
+    Output entry(variables);
+    zorv_easy_solver_sol_list_get(list, i, entry.record());
+    answer.list.push_back(entry.found());
+  }
+  if (list != nullptr) zorv_easy_solver_sol_list_destroy(list);
+  return answer;
+}
+
+std::map<std::string, std::string> facts_of(const Solver& solver) {
+  std::map<std::string, std::string> facts;
+  InfoPair* info = zorv_easy_solver_get_info(solver);
+  for (InfoPair* pair = info; pair->key != nullptr; ++pair) facts[pair->key] = pair->value;
+  zorv_easy_solver_free_info(info);
+  return facts;
+}
+
+// By energy.
+std::vector<Found> all_states(const AbiModel& m) {
+  std::vector<Found> all;
+  for (uint64_t state = 0; state < uint64_t{1} << m.variables; ++state) {
+    all.push_back({m.energy(state), state});
+  }
+  std::stable_sort(all.begin(), all.end(),
+                   [](const Found& a, const Found& b) { return a.energy < b.energy; });
+  return all;
+}
+
+// The lowest energy that ends a search: that of the best state if it holds all requirements.
+bool is_reachable(const AbiModel& m, const std::vector<Found>& all) {
+  return m.violated(all[0].state) == 0;
+}
+
+const Coeff kScales[] = {1, Coeff(1) << 34, Coeff(1) << 70};  // for each kind of number
+
+TEST(EasySolver, ReachesTheOptimumOfSmallModelsOfEveryKind) {
+  RandomModels models(20260);
+  for (int round = 0; round < 360; ++round) {
+    const uint64_t variables = models.below(8);
+    const AbiModel m = models.make(variables, kScales[round % 3]);
+    const std::vector<Found> all = all_states(m);
+    const uint64_t hint = models.below(uint64_t{1} << variables);
+    const Solver solver(m);
+    const Answer answer = search(solver, variables,
+                                 {{"seed", std::to_string(round)},
+                                  {"threads", round % 5 == 0 ? "3" : "1"},
+                                  {"target_energy", all[0].energy.str()},
+                                  {"time_limit", is_reachable(m, all) ? "20" : "0.05"}},
+                                 round % 2 == 0 && variables > 0 ? &hint : nullptr);
+    EXPECT_EQ(answer.best.energy, all[0].energy) << "round " << round;
+    EXPECT_EQ(answer.best.energy, m.energy(answer.best.state)) << "round " << round;
+    EXPECT_EQ(answer.list.size(), 0u);
+  }
+}
+
+// Larger coefficients than fields of 32 bits hold, sums beyond 64 bits.
+TEST(EasySolver, PicksTheNumbers) {
+  const std::string numbers[] = {"int32", "int64", "unbounded"};
+  for (size_t k = 0; k < 3; ++k) {
+    AbiModel m{2};
+    m.degrees.resize(2);
+    m.degrees[1].add(-3 * kScales[k], {0, 1});
+    const Solver solver(m);
+    EXPECT_EQ(search(solver, 2, {{"time_limit", "0.01"}}).best, (Found{-3 * kScales[k], 3}));
+    EXPECT_EQ(facts_of(solver)["numbers"], numbers[k]);
+  }
+}
+
+TEST(EasySolver, GathersDistinctStatesByEnergy) {
+  RandomModels models(7);
+  for (int round = 0; round < 12; ++round) {
+    const uint64_t variables = 5;
+    const AbiModel m = models.make(variables, kScales[round % 3]);
+    const std::vector<Found> all = all_states(m);
+    const Solver solver(m);
+    const std::vector<Found> top =
+        search(solver, variables, {{"topk_sols", "6"}, {"time_limit", "0.05"}}).list;
+    ASSERT_EQ(top.size(), 6u) << "round " << round;
+    for (size_t k = 0; k < top.size(); ++k) {
+      EXPECT_EQ(top[k].energy, all[k].energy) << "round " << round << " entry " << k;
+      EXPECT_EQ(top[k].energy, m.energy(top[k].state));
+    }
+    const uint64_t ties = std::count_if(all.begin(), all.end(),
+                                        [&](const Found& f) { return f.energy == all[0].energy; });
+    const std::vector<Found> best =
+        search(solver, variables,
+               {{"best_energy_sols", ""}, {"topk_sols", "1"}, {"time_limit", "0.05"}})
+            .list;
+    std::set<uint64_t> states;
+    for (const Found& f : best) {
+      EXPECT_EQ(f.energy, all[0].energy);
+      EXPECT_EQ(f.energy, m.energy(f.state));
+      states.insert(f.state);
+    }
+    EXPECT_EQ(states.size(), best.size());
+    EXPECT_EQ(best.size(), ties) << "round " << round;
+  }
+}
+
+// A chain of 60 variables, whose optimum comes of a plain dynamic program.
+AbiModel chain() {
+  AbiModel m{60};
+  m.degrees.resize(2);
+  for (int i = 0; i < 60; ++i) m.degrees[0].add(i * 37 % 41 - 25, {static_cast<uint32_t>(i)});
+  for (uint32_t i = 0; i + 1 < 60; ++i) m.degrees[1].add(int(i * 29 % 61) - 28, {i, i + 1});
+  return m;
+}
+Coeff best_of_chain(const AbiModel& m) {
+  Coeff least[2] = {0, m.degrees[0].coeffs[0]};  // by the last variable
+  for (size_t i = 1; i < m.variables; ++i) {
+    const Coeff zero = std::min(least[0], least[1]);
+    const Coeff one = std::min(least[0], Coeff(least[1] + m.degrees[1].coeffs[i - 1]));
+    least[0] = zero;
+    least[1] = one + m.degrees[0].coeffs[i];
+  }
+  return std::min(least[0], least[1]);
+}
+
+TEST(EasySolver, RepeatsWithOneThreadAndASeed) {
+  const AbiModel m = chain();
+  const Solver solver(m);
+  const Coeff best = best_of_chain(m);
+  const Params params = {{"seed", "5"}, {"threads", "1"}, {"target_energy", best.str()}};
+  const Answer first = search(solver, 60, params);
+  const auto facts = facts_of(solver);
+  const Answer second = search(solver, 60, params);
+  EXPECT_EQ(first.best.energy, best);
+  EXPECT_EQ(first.best, second.best);
+  EXPECT_EQ(facts, facts_of(solver));
+}
+
+TEST(EasySolver, StartsFromTheHint) {
+  const AbiModel m = chain();
+  const uint64_t hint = 0x123456789ABCDEF;
+  EXPECT_EQ(search(Solver(m), 60, {{"time_limit", "0"}, {"threads", "1"}}, &hint).best,
+            (Found{m.energy(hint), hint}));
+}
+
+// The target alone, or with a constraint that the best state violates: then time decides.
+TEST(EasySolver, CountsTheTargetOnlyWithoutViolations) {
+  for (const uint8_t kind : {0, 1}) {
+    AbiModel m{1};
+    m.degrees.resize(1);
+    m.degrees[0].add(-5, {0});
+    Constraint c;  // x = 0 at a weight below what x is worth
+    c.linear.add(1, {0});
+    c.lows = c.highs = {0};
+    c.shape_kind = kind;
+    m.constraints = {c};
+    const Params params = {{"target_energy", "-4"}, {"time_limit", kind == 0 ? "0.2" : "1000"}};
+    const Solver solver(m);
+    EXPECT_EQ(search(solver, 1, params).best, (Found{-4, 1}));
+  }
+}
+
+// Quadratic assignment of 6 things to 6 places, with declared constraints and with their squares
+// multiplied out; the optimum by trying all 720.
+struct Assignment {
+  static constexpr uint32_t kSize = 6;
+  int64_t flow(uint32_t i, uint32_t j) const { return i == j ? 0 : (i * 7 + j * 5 + i * j) % 11; }
+  int64_t distance(uint32_t p, uint32_t q) const { return p == q ? 0 : (p * p + 3 * q) % 9; }
+
+  int64_t best() const {
+    std::vector<uint32_t> places(kSize);
+    for (uint32_t i = 0; i < kSize; ++i) places[i] = i;
+    int64_t least = INT64_MAX;
+    do {
+      int64_t cost = 0;
+      for (uint32_t i = 0; i < kSize; ++i) {
+        for (uint32_t j = 0; j < kSize; ++j) cost += flow(i, j) * distance(places[i], places[j]);
+      }
+      least = std::min(least, cost);
+    } while (std::next_permutation(places.begin(), places.end()));
+    return least;
+  }
+
+  AbiModel model(bool as_squares) const {
+    AbiModel m{kSize * kSize};
+    m.degrees.resize(2);
+    const auto x = [](uint32_t i, uint32_t p) { return i * kSize + p; };
+    for (uint32_t a = 0; a < kSize * kSize; ++a) {
+      for (uint32_t b = 0; b < kSize * kSize; ++b) {
+        const int64_t cost = flow(a / kSize, b / kSize) * distance(a % kSize, b % kSize);
+        if (cost != 0) m.degrees[1].add(cost, {a, b});
+      }
+    }
+    constexpr int64_t kWeight = 500;
+    for (uint32_t i = 0; i < kSize; ++i) {
+      Constraint row, column;
+      for (uint32_t p = 0; p < kSize; ++p) {
+        row.linear.add(1, {x(i, p)});
+        column.linear.add(1, {x(p, i)});
+      }
+      for (Constraint* c : {&row, &column}) {
+        c->weight = kWeight;
+        c->lows = c->highs = {1};
+        if (!as_squares) {
+          m.constraints.push_back(*c);
+          continue;
+        }
+        m.constant += kWeight;
+        for (uint32_t p = 0; p < kSize; ++p) {
+          const uint32_t a = c->linear.literals[p];
+          m.degrees[0].add(-kWeight, {a});
+          for (uint32_t q = 0; q < p; ++q) {
+            m.degrees[1].add(2 * kWeight, {c->linear.literals[q], a});
+          }
+        }
+      }
+    }
+    return m;
+  }
+};
+
+TEST(EasySolver, SolvesAssignments) {
+  const Assignment assignment;
+  const Coeff best = assignment.best();
+  for (const bool as_squares : {false, true}) {
+    const AbiModel m = assignment.model(as_squares);
+    const Answer answer = search(Solver(m), m.variables,
+                                 {{"seed", "1"}, {"threads", "1"}, {"target_energy", best.str()}});
+    EXPECT_EQ(answer.best.energy, best);
+    EXPECT_EQ(answer.best.energy, m.energy(answer.best.state));
+  }
+}
+
+TEST(EasySolver, RefusesBadParameters) {
+  const AbiModel m{1};
+  const struct {
+    const char *key, *value, *message;
+  } rows[] = {
+      {"thread", "2", "zorv: EasySolver: unknown parameter 'thread'.\n"},
+      {"threads", "0", "zorv: EasySolver: threads must be >= 1.\n"},
+      {"thread_count", "x", "zorv: EasySolver: threads must be >= 1.\n"},
+      {"topk_sols", "0", "zorv: EasySolver: topk_sols must be >= 1.\n"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EXIT(search(Solver(m), 1, {{row.key, row.value}}), ::testing::KilledBySignal(SIGABRT),
+                ::testing::Eq(row.message));
+  }
+}
+
+// Integers y in [-2, 4] and z in [0, 5], bits a and b:
+//   3 a y + y y - 2 y z + z z z - 5 b z, and the constraint 1 <= y + z + a <= 3.
+TEST(EasySolver, WritesIntegersInBits) {
+  constexpr uint32_t a = 0, b = 1, y = 1u << 30, z = 1u << 30 | 1;
+  Terms degrees[3];
+  degrees[1].add(3, {a, y});
+  degrees[1].add(1, {y, y});
+  degrees[1].add(-2, {y, z});
+  degrees[1].add(-5, {b, z});
+  degrees[2].add(1, {z, z, z});
+  const std::vector<Coeff> low = {-2, 0}, high = {4, 5};
+  const Coeff constant = 7, weight = 2, zero = 0, one = 1, three = 3;
+  uint64_t counts[3];
+  const uint32_t* literals[3];
+  const coeff_t* coeffs[3];
+  for (size_t d = 0; d < 3; ++d) {
+    counts[d] = degrees[d].coeffs.size();
+    literals[d] = degrees[d].literals.data();
+    coeffs[d] = abi(degrees[d].coeffs);
+  }
+  void* solver = zorv_easy_solver_create_int(nullptr, 2, 2, abi(low), abi(high), 3, abi(constant),
+                                             counts, literals, coeffs);
+  const std::vector<Coeff> units = {1, 1, 1};
+  const uint32_t flat[] = {2, 3, 0};
+  zorv_easy_solver_add_constraint(solver, abi(weight), abi(one), abi(three), abi(zero), 3, flat,
+                                  abi(units));
+  const auto energy = [](int64_t p, int64_t q, int64_t v, int64_t w) {
+    const int64_t body = v + w + p, off = body < 1 ? 1 - body : body > 3 ? body - 3 : 0;
+    return 7 + 3 * p * v + v * v - 2 * v * w + w * w * w - 5 * q * w + 2 * off * off;
+  };
+  int64_t least = INT64_MAX;
+  for (int64_t v = -2; v <= 4; ++v) {
+    for (int64_t w = 0; w <= 5; ++w) {
+      for (const int64_t bits : {0, 1, 2, 3}) {
+        least = std::min(least, energy(bits & 1, bits >> 1, v, w));
+      }
+    }
+  }
+  const ParamPair params[] = {{"thread_count", "1"}, {"time_limit", "0.1"}, {nullptr, nullptr}};
+  Output out(2);
+  std::vector<Coeff> ints(2);
+  EXPECT_EQ(zorv_easy_solver_search_int(solver, out.record(), params,
+                                        reinterpret_cast<coeff_t*>(ints.data())),
+            nullptr);
+  const Found found = out.found();
+  EXPECT_EQ(found.energy, least);
+  EXPECT_EQ(found.energy, energy(found.state & 1, found.state >> 1, static_cast<int64_t>(ints[0]),
+                                 static_cast<int64_t>(ints[1])));
+  zorv_easy_solver_destroy(solver);
+}
+
+}  // namespace
+}  // namespace zorv::test
