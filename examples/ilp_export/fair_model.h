@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+#include <zorv/zorv.hpp>
 
-#include "common/zorv_handles.h"
 #include "fair.h"
 
 // Two items that bring more if both are taken. A product in the objective: no longer an ILP.
@@ -19,22 +19,20 @@ class FairModel {
  public:
   FairModel(const Fair& fair, const std::optional<Bonus>& bonus);
 
-  const zorv_model* model() const { return model_.get(); }
+  const zorv::Model& model() const { return model_; }
   // What to do according to a solution, what it costs, and how many constraints it breaks.
-  std::string describe(zorv_sol* sol) const;
+  std::string describe(const zorv::Sol& sol) const;
 
  private:
-  Expr total(int64_t Item::*what) const;
-  Expr cost(const std::optional<Bonus>& bonus) const;
-  void add_load(zorv_expr* energy) const;
-  void add_hours(zorv_expr* energy) const;
-  void add_choice(zorv_expr* energy) const;
-  void add_conflicts(zorv_expr* energy) const;
+  std::vector<zorv::Var> new_choices() const;
+  zorv::Expr total(int64_t Item::*what) const;
+  zorv::Expr cost(const std::optional<Bonus>& bonus) const;
+  zorv::Expr rules() const;
 
   const Fair& fair_;
-  std::vector<uint32_t> take_;  // [items] binary variables
-  Expr trailers_;               // a VarInt: an integer made of binary variables
-  uint32_t change_;             // a native integer variable, in hours
-  Expr energy_;
-  Model model_;
+  std::vector<zorv::Var> take_;  // [items]
+  zorv::VarInt trailers_;        // made of binary variables
+  zorv::IntVar change_;          // of the hours
+  zorv::Expr rules_;
+  zorv::Model model_;
 };

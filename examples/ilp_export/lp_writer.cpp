@@ -7,49 +7,45 @@
 namespace {
 
 // "+ 3 c0" or "- 3 c0", on a line of its own: some readers limit the length of lines.
-std::string term(const std::string& coeff, const std::string& name) {
-  const bool is_negative = coeff.front() == '-';
-  return "  " + (is_negative ? "- " + coeff.substr(1) : "+ " + coeff) + " " + name + "\n";
+void write_term(const zorv::Integer& coeff, const std::string& name, std::ostream& out) {
+  const bool is_negative = coeff.sign() < 0;
+  out << (is_negative ? "  - " : "  + ") << (is_negative ? -coeff : coeff) << " " << name << "\n";
 }
 
 // Zeros too: they number the columns in their order.
-void write_objective(const zorv_ilp* ilp, std::ostream& out) {
+void write_objective(const zorv::Ilp& ilp, std::ostream& out) {
   out << "Minimize\n cost:\n";
-  for (uint64_t c = 0; c < zorv_ilp_ncols(ilp); ++c) {
-    out << term(objective_coeff(ilp, c), column_name(c));
+  for (uint64_t c = 0; c < ilp.column_count(); ++c) {
+    write_term(ilp.column(c).objective, column_name(c), out);
   }
-  out << term(objective_constant(ilp), kOne);
+  write_term(ilp.constant(), kOne, out);
 }
 
-void write_line(const zorv_ilp* ilp, const Line& line, std::ostream& out) {
+const char* sign_of(char relation) { return relation == 'E' ? "=" : relation == 'L' ? "<=" : ">="; }
+
+void write_line(const Line& line, std::ostream& out) {
   out << " " << line.name << ":\n";
-  for (uint64_t j = 0; j < zorv_ilp_row_nnz(ilp, line.row); ++j) {
-    out << term(row_coeff(ilp, line.row, j), column_name(zorv_ilp_row_col(ilp, line.row, j)));
-  }
-  out << term("0", kOne);  // a sum must not be empty
-  out << "  "
-      << (line.relation == 'E'   ? "="
-          : line.relation == 'L' ? "<="
-                                 : ">=")
-      << " " << line.bound << "\n";
+  for (const auto& [column, coeff] : line.entries) write_term(coeff, column_name(column), out);
+  write_term(0, kOne, out);  // a sum must not be empty
+  out << "  " << sign_of(line.relation) << " " << line.bound << "\n";
 }
 
-void write_bounds(const zorv_ilp* ilp, std::ostream& out) {
+void write_bounds(const zorv::Ilp& ilp, std::ostream& out) {
   out << "Bounds\n";
-  for (uint64_t c = 0; c < zorv_ilp_ncols(ilp); ++c) {
-    const ColumnBounds bounds = column_bounds(ilp, c);
-    out << " " << bounds.lo << " <= " << column_name(c) << " <= " << bounds.hi << "\n";
+  for (uint64_t c = 0; c < ilp.column_count(); ++c) {
+    const zorv::Ilp::Column column = ilp.column(c);
+    out << " " << column.lo << " <= " << column_name(c) << " <= " << column.hi << "\n";
   }
 }
 
 }  // namespace
 
-void write_lp(const zorv_ilp* ilp, std::ostream& out) {
+void write_lp(const zorv::Ilp& ilp, std::ostream& out) {
   write_objective(ilp, out);
   out << "Subject To\n unit: " << kOne << " = 1\n";  // as a row: there has to be one
-  for (const Line& line : lines_of(ilp, TwoSides::kAsTwoLines)) write_line(ilp, line, out);
+  for (const Line& line : lines_of(ilp, TwoSides::kAsTwoLines)) write_line(line, out);
   write_bounds(ilp, out);
   out << "Generals\n";
-  for (uint64_t c = 0; c < zorv_ilp_ncols(ilp); ++c) out << " " << column_name(c) << "\n";
+  for (uint64_t c = 0; c < ilp.column_count(); ++c) out << " " << column_name(c) << "\n";
   out << " " << kOne << "\nEnd\n";
 }

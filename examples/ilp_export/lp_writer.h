@@ -2,7 +2,6 @@
 #pragma once
 
 #include <iosfwd>
+#include <zorv/zorv.hpp>
 
-#include "zorv/zorv.h"
-
-void write_lp(const zorv_ilp* ilp, std::ostream& out);
+void write_lp(const zorv::Ilp& ilp, std::ostream& out);

@@ -34,8 +34,8 @@ solver found no plan, 2 for a mistake on the command line or in a file.
 
 using Words = std::vector<std::string>;
 
-void write_file(const std::string& path, void (*write)(const zorv_ilp*, std::ostream&),
-                const zorv_ilp* ilp) {
+void write_file(const std::string& path, void (*write)(const zorv::Ilp&, std::ostream&),
+                const zorv::Ilp& ilp) {
   std::ofstream file(path);
   write(ilp, file);
   file.close();
@@ -53,26 +53,25 @@ Bonus read_bonus(const Words& words, const Fair& fair) {
   return bonus;
 }
 
-ExitCode write(const FairModel& fair, const std::string& mps, const std::string& lp) {
-  const Ilp ilp(zorv_model_ilp_build(fair.model()));
-  if (ilp == nullptr) {
-    std::cout << zorv_ilp_last_error() << "\n";
-    return kNothing;
-  }
-  write_file(mps, write_mps, ilp.get());
-  write_file(lp, write_lp, ilp.get());
-  std::cout << zorv_ilp_ncols(ilp.get()) << " columns, " << zorv_ilp_nrows(ilp.get()) << " rows\n";
+ExitCode write(const FairModel& fair, const std::string& mps, const std::string& lp) try {
+  const zorv::Ilp ilp(fair.model());
+  write_file(mps, write_mps, ilp);
+  write_file(lp, write_lp, ilp);
+  std::cout << ilp.column_count() << " columns, " << ilp.row_count() << " rows\n";
   return kDone;
+} catch (const std::domain_error& not_linear) {
+  std::cout << not_linear.what() << "\n";
+  return kNothing;
 }
 
 ExitCode read(const FairModel& fair, const std::string& solution) {
-  const Ilp ilp(zorv_model_ilp_build(fair.model()));
-  const std::optional<ColumnValues> values = read_solution(solution, zorv_ilp_ncols(ilp.get()));
+  const zorv::Ilp ilp(fair.model());
+  const std::optional<ColumnValues> values = read_solution(solution, ilp.column_count());
   if (!values) {
     std::cout << "the solver found no plan\n";
     return kNothing;
   }
-  std::cout << fair.describe(decode(fair.model(), ilp.get(), *values).get());
+  std::cout << fair.describe(decode(ilp, *values));
   return kDone;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <iosfwd>
+#include <zorv/zorv.hpp>
 
-#include "zorv/zorv.h"
-
-void write_mps(const zorv_ilp* ilp, std::ostream& out);
+void write_mps(const zorv::Ilp& ilp, std::ostream& out);

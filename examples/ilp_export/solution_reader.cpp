@@ -55,25 +55,6 @@ std::optional<ColumnValues> read_lines(std::istream& lines, uint64_t columns) {
   return values;
 }
 
-void check_bounds(const zorv_ilp* ilp, uint64_t c, const CoeffWire* value) {
-  CoeffOut lo, hi;
-  zorv_ilp_col_bounds(ilp, c, lo, hi);
-  if (difference(value, lo).front() == '-' || difference(hi, value).front() == '-') {
-    throw UserError("column " + column_name(c) + " has the value " + decimal(value) +
-                    " out of its bounds");
-  }
-}
-
-// A collapsed integer: the library finds the bits.
-void set_bits(const zorv_ilp* ilp, uint64_t c, const CoeffWire* value, zorv_sol* sol) {
-  std::vector<uint8_t> bits(zorv_ilp_col_nbits(ilp, c));
-  zorv_ilp_col_decode(ilp, c, value, bits.data());
-  for (uint64_t b = 0; b < bits.size(); ++b) {
-    const uint32_t variable = zorv_sol_model_var(sol, zorv_ilp_col_bit_var(ilp, c, b));
-    zorv_sol_set(sol, variable, bits[b]);
-  }
-}
-
 }  // namespace
 
 std::optional<ColumnValues> read_solution(const std::string& path, uint64_t columns) {
@@ -88,19 +69,13 @@ std::optional<ColumnValues> read_solution(const std::string& path, uint64_t colu
   }
 }
 
-Sol decode(const zorv_model* model, const zorv_ilp* ilp, const ColumnValues& values) {
-  Sol sol(zorv_sol_create(model));
+zorv::Sol decode(const zorv::Ilp& ilp, const ColumnValues& values) {
   for (uint64_t c = 0; c < values.size(); ++c) {
-    const Coeff value(values[c]);
-    check_bounds(ilp, c, value);
-    const int32_t number = zorv_ilp_col_model_var(ilp, c);
-    if (number < 0) {
-      set_bits(ilp, c, value, sol.get());
-    } else if (zorv_ilp_col_kind(ilp, c) == 0) {
-      zorv_sol_set(sol.get(), zorv_model_var(model, number), static_cast<int>(values[c]));
-    } else {
-      zorv_sol_set_int(sol.get(), zorv_model_int_var_orig(model, number), value);
+    const zorv::Ilp::Column column = ilp.column(c);
+    if (values[c] < column.lo || values[c] > column.hi) {
+      throw UserError("column " + column_name(c) + " has the value " + values[c].str() +
+                      " out of its bounds");
     }
   }
-  return sol;
+  return ilp.solution(values);
 }

@@ -5,10 +5,9 @@
 #include <optional>
 #include <string>
 #include <vector>
+#include <zorv/zorv.hpp>
 
-#include "common/zorv_handles.h"
-
-using ColumnValues = std::vector<int64_t>;
+using ColumnValues = std::vector<zorv::Integer>;
 
 // Reads the plain file that `glpsol -w` writes:
 //   s mip ROWS COLUMNS STATUS OBJECTIVE   status o for optimal, f for feasible
@@ -19,4 +18,4 @@ using ColumnValues = std::vector<int64_t>;
 std::optional<ColumnValues> read_solution(const std::string& path, uint64_t columns);
 
 // Throws UserError on a value out of its column's bounds.
-Sol decode(const zorv_model* model, const zorv_ilp* ilp, const ColumnValues& values);
+zorv::Sol decode(const zorv::Ilp& ilp, const ColumnValues& values);

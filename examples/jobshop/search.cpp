@@ -4,7 +4,6 @@
 #include <chrono>
 #include <iostream>
 
-#include "common/zorv_handles.h"
 #include "shop_model.h"
 
 namespace {
@@ -19,23 +18,14 @@ double seconds_since(Clock::time_point start) {
 std::optional<Schedule> search_within(const Instance& instance, int64_t bound, int64_t horizon,
                                       double seconds, const SearchOptions& options) {
   const ShopModel shop(instance, bound, horizon, options.weight);
-  const Solver solver(zorv_easy_solver_wrapper_create(shop.model()));
-  const std::string limit = std::to_string(seconds);
-  const std::string target = std::to_string(horizon);
-  const std::string seed = std::to_string(options.seed);
-  const std::string threads = std::to_string(options.threads);
-  const ParamPair params[] = {
-      {"time_limit", limit.c_str()},
-      {"target_energy", target.c_str()},
-      {"seed", seed.c_str()},
-      {"enable_default_callback", options.show_progress ? "1" : "0"},
-      {options.threads == 0 ? nullptr : "threads", threads.c_str()},  // a null key ends the list
-      {nullptr, nullptr},
-  };
-  const Result result(zorv_easy_solver_wrapper_search(solver.get(), params, nullptr));
-  const Sol sol(zorv_easy_solver_result_to_sol(result.get(), shop.model()));
-  if (shop.violation_count(sol.get()) != 0) return std::nullopt;
-  return push_left(instance, shop.read(sol.get()));
+  zorv::Params params = {{"time_limit", seconds},
+                         {"target_energy", horizon},
+                         {"seed", options.seed},
+                         {"enable_default_callback", options.show_progress}};
+  if (options.threads != 0) params.emplace_back("threads", options.threads);
+  const zorv::Sol sol = zorv::EasySolver(shop.model()).search(params).sol;
+  if (shop.violation_count(sol) != 0) return std::nullopt;
+  return push_left(instance, shop.read(sol));
 }
 
 }  // namespace
@@ -65,8 +55,6 @@ Outcome search(const Instance& instance, int64_t horizon, int64_t bound,
 
 Verification verify(const Instance& instance, const Schedule& schedule) {
   const ShopModel shop(instance, schedule.makespan, schedule.makespan, 1);
-  const Sol sol = shop.write(schedule);
-  CoeffOut energy;
-  zorv_sol_compute_energy(sol.get(), energy);
-  return {energy.value(), shop.violation_count(sol.get()), shop.constraint_count()};
+  zorv::Sol sol = shop.write(schedule);
+  return {sol.comp_energy().to<int64_t>(), shop.violation_count(sol), shop.model().cons_count()};
 }

@@ -1,82 +1,66 @@
 #include "shop_model.h"
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 
 namespace {
 
 // An integer variable needs a choice. Where there is none it gets one value more, which the
 // constraints rule out.
-uint32_t new_variable(const std::string& name, int64_t lo, int64_t hi) {
-  return zorv_new_int_var(name.c_str(), Coeff(lo), Coeff(std::max(hi, lo + 1)));
+zorv::IntVar new_variable(const std::string& name, int64_t lo, int64_t hi) {
+  return zorv::int_var(name, lo, std::max(hi, lo + 1));
 }
 
 std::string start_name(std::size_t job, std::size_t k) {
-  std::ostringstream name;
-  name << "start[" << job << "][" << k << "]";
-  return name.str();
-}
-
-Expr difference(uint32_t a, uint32_t b) {
-  Expr expr(zorv_expr_create_var(a));
-  zorv_expr_isub_var(expr.get(), b);
-  return expr;
+  return "start[" + std::to_string(job) + "][" + std::to_string(k) + "]";
 }
 
 }  // namespace
 
 ShopModel::ShopModel(const Instance& instance, int64_t bound, int64_t horizon, int64_t weight)
-    : instance_(instance), horizon_(horizon) {
-  add_variables(bound, horizon);
-
-  const Expr constraints(zorv_expr_create());
-  add_job_order(constraints.get());
-  add_machine_conflicts(constraints.get());
-  zorv_expr_imul_int(constraints.get(), Coeff(weight));
-
-  const Expr energy(zorv_expr_create_var(makespan_));
-  zorv_expr_iadd_expr(energy.get(), constraints.get());
-  energy_.reset(zorv_expr_simplify_as_binary(energy.get()));
-  model_.reset(zorv_model_create(energy_.get()));
-}
+    : instance_(instance),
+      horizon_(horizon),
+      starts_(new_starts()),
+      makespan_(new_variable("makespan", std::min(bound, horizon - 1), horizon)),
+      rules_(job_order() + machine_conflicts()),
+      model_(makespan_ + weight * rules_) {}
 
 // A start has to leave room for the operations of its job before it and after it.
-void ShopModel::add_variables(int64_t bound, int64_t horizon) {
-  for (std::size_t job = 0; job < instance_.jobs.size(); ++job) {
+std::vector<std::vector<zorv::IntVar>> ShopModel::new_starts() const {
+  std::vector<std::vector<zorv::IntVar>> starts(instance_.jobs.size());
+  for (std::size_t job = 0; job < starts.size(); ++job) {
     int64_t earliest = 0;
-    int64_t latest = horizon - total_duration(instance_.jobs[job]);
-    std::vector<uint32_t>& starts = starts_.emplace_back();
+    int64_t latest = horizon_ - total_duration(instance_.jobs[job]);
     for (const Operation& operation : instance_.jobs[job]) {
-      const std::string name = start_name(job, starts.size());
-      starts.push_back(new_variable(name, earliest, latest));
+      starts[job].push_back(new_variable(start_name(job, starts[job].size()), earliest, latest));
       earliest += operation.duration;
       latest += operation.duration;
     }
   }
-  makespan_ = new_variable("makespan", std::min(bound, horizon - 1), horizon);
+  return starts;
 }
 
-// start of the next operation - start >= duration, and the makespan follows the last one.
-void ShopModel::add_job_order(zorv_expr* constraints) const {
-  for (std::size_t job = 0; job < instance_.jobs.size(); ++job) {
+// The next operation starts when this one is done, and the makespan follows the last one.
+zorv::Expr ShopModel::job_order() const {
+  zorv::Expr rules;
+  for (std::size_t job = 0; job < starts_.size(); ++job) {
     for (std::size_t k = 0; k < starts_[job].size(); ++k) {
       const bool last = k + 1 == starts_[job].size();
-      const Expr wait = difference(last ? makespan_ : starts_[job][k + 1], starts_[job][k]);
-      const Expr rule(
-          zorv_cons_between(wait.get(), Coeff(instance_.jobs[job][k].duration), Coeff(horizon_)));
-      zorv_expr_iadd_expr(constraints, rule.get());
+      const zorv::IntVar next = last ? makespan_ : starts_[job][k + 1];
+      const int64_t duration = instance_.jobs[job][k].duration;
+      rules += zorv::cons(duration <= next - starts_[job][k] <= horizon_);
     }
   }
+  return rules;
 }
 
 // Of two operations on one machine, one goes first: the difference of their starts is either at
 // most minus the duration of the one, or at least the duration of the other. The two intervals are
 // one constraint, without a 0/1 variable for the order.
-void ShopModel::add_machine_conflicts(zorv_expr* constraints) const {
+zorv::Expr ShopModel::machine_conflicts() const {
   struct Task {
     std::size_t job;
-    uint32_t start;
+    zorv::IntVar start;
     int64_t duration;
   };
   std::vector<std::vector<Task>> tasks(instance_.machines);
@@ -86,44 +70,37 @@ void ShopModel::add_machine_conflicts(zorv_expr* constraints) const {
       tasks[operation.machine].push_back({job, starts_[job][k], operation.duration});
     }
   }
+  zorv::Expr rules;
   for (const std::vector<Task>& machine : tasks) {
     for (std::size_t i = 0; i < machine.size(); ++i) {
       for (std::size_t j = 0; j < i; ++j) {
         const Task& a = machine[i];
         const Task& b = machine[j];
         if (a.job == b.job) continue;  // ordered already
-        const Coeff a_first(-a.duration), b_first(b.duration), least(-horizon_), most(horizon_);
-        const CoeffWire lows[] = {*least, *b_first};
-        const CoeffWire highs[] = {*a_first, *most};
-        const Expr gap = difference(a.start, b.start);
-        const Expr rule(zorv_cons_equal(gap.get(), lows, highs, 2));
-        zorv_expr_iadd_expr(constraints, rule.get());
+        rules += zorv::cons(a.start - b.start,
+                            zorv::equal({{-horizon_, -a.duration}, {b.duration, horizon_}}));
       }
     }
   }
+  return rules;
 }
 
-Schedule ShopModel::read(const zorv_sol* sol) const {
-  const auto value = [&](uint32_t variable) {
-    CoeffOut value;
-    zorv_sol_get_int(sol, variable, value);
-    return value.value();
-  };
-  Schedule schedule = {{}, value(makespan_)};
-  for (const std::vector<uint32_t>& job : starts_) {
+Schedule ShopModel::read(const zorv::Sol& sol) const {
+  Schedule schedule = {{}, sol[makespan_].to<int64_t>()};
+  for (const std::vector<zorv::IntVar>& job : starts_) {
     std::vector<int64_t>& starts = schedule.starts.emplace_back();
-    for (uint32_t variable : job) starts.push_back(value(variable));
+    for (const zorv::IntVar start : job) starts.push_back(sol[start].to<int64_t>());
   }
   return schedule;
 }
 
-Sol ShopModel::write(const Schedule& schedule) const {
-  Sol sol(zorv_sol_create(model_.get()));
+zorv::Sol ShopModel::write(const Schedule& schedule) const {
+  zorv::Sol sol(model_);
   for (std::size_t job = 0; job < starts_.size(); ++job) {
     for (std::size_t k = 0; k < starts_[job].size(); ++k) {
-      zorv_sol_set_int(sol.get(), starts_[job][k], Coeff(schedule.starts[job][k]));
+      sol.set(starts_[job][k], schedule.starts[job][k]);
     }
   }
-  zorv_sol_set_int(sol.get(), makespan_, Coeff(schedule.makespan));
+  sol.set(makespan_, schedule.makespan);
   return sol;
 }

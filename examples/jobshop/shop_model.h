@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <vector>
+#include <zorv/zorv.hpp>
 
-#include "common/zorv_handles.h"
 #include "instance.h"
 #include "schedule.h"
 
@@ -14,23 +14,20 @@ class ShopModel {
   // no schedule can beat.
   ShopModel(const Instance& instance, int64_t bound, int64_t horizon, int64_t weight);
 
-  const zorv_model* model() const { return model_.get(); }
-  uint64_t constraint_count() const { return zorv_cons_item_count(energy_.get()); }
-  uint64_t violation_count(const zorv_sol* sol) const {
-    return zorv_cons_violation_count(energy_.get(), sol);
-  }
-  Schedule read(const zorv_sol* sol) const;
-  Sol write(const Schedule& schedule) const;
+  const zorv::Model& model() const { return model_; }
+  uint64_t violation_count(const zorv::Sol& sol) const { return rules_.violation_count(sol); }
+  Schedule read(const zorv::Sol& sol) const;
+  zorv::Sol write(const Schedule& schedule) const;
 
  private:
-  void add_variables(int64_t bound, int64_t horizon);
-  void add_job_order(zorv_expr* constraints) const;
-  void add_machine_conflicts(zorv_expr* constraints) const;
+  std::vector<std::vector<zorv::IntVar>> new_starts() const;
+  zorv::Expr job_order() const;
+  zorv::Expr machine_conflicts() const;
 
   const Instance& instance_;
   int64_t horizon_;
-  std::vector<std::vector<uint32_t>> starts_;  // [job][operation], integer variables
-  uint32_t makespan_;
-  Expr energy_;  // the makespan with all constraints
-  Model model_;
+  std::vector<std::vector<zorv::IntVar>> starts_;  // [job][operation]
+  zorv::IntVar makespan_;
+  zorv::Expr rules_;
+  zorv::Model model_;
 };
