@@ -2,14 +2,12 @@
 /// The three solvers, their parameters and their results.
 #pragma once
 
+#include <charconv>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <iomanip>
-#include <limits>
-#include <locale>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -39,10 +37,8 @@ struct Param {
   }
   template <std::floating_point T>
   static std::string text(T value) {
-    std::ostringstream out;
-    out.imbue(std::locale::classic());
-    out << std::setprecision(std::numeric_limits<T>::max_digits10) << value;
-    return out.str();
+    char digits[64];  // the fewest that read back as the value, whatever the locale
+    return {digits, std::to_chars(digits, digits + sizeof(digits), value).ptr};
   }
 };
 

@@ -1,6 +1,8 @@
 // Comparisons, what becomes of them, and what solutions make of them.
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "zorv/zorv.hpp"
 
 namespace {
