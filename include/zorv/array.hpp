@@ -100,7 +100,6 @@ struct Element;
 template <Literal L>
 struct Element<L> {
   using Handle = zorv_array_var;
-  static L get(const Handle* a, uint64_t i) { return L(zorv_array_var_data(a)[i]); }
   static void set(Handle* a, uint64_t i, L x) { zorv_array_var_set(a, i, x.literal()); }
 };
 
@@ -260,15 +259,19 @@ class Array {
   /// Takes over a handle of the C interface of this rank.
   explicit Array(Handle* handle) : handle_(handle) {
     std::copy_n(detail::shape(handle), N, shape_.begin());
+    if constexpr (detail::Literal<T>) literals_ = zorv_array_var_data(handle);
   }
   /// Nested braces: `Array<Integer, 2> distance = {{0, 3}, {3, 0}}`.
   Array(typename detail::Nested<T, N>::Type elements) : Array(from(elements)) {}
-  Array(const Array& other) : handle_(detail::clone(other.handle_)), shape_(other.shape_) {}
+  Array(const Array& other) : Array(detail::clone(other.handle_)) {}
   Array(Array&& other) noexcept
-      : handle_(std::exchange(other.handle_, nullptr)), shape_(other.shape_) {}
+      : handle_(std::exchange(other.handle_, nullptr)),
+        shape_(other.shape_),
+        literals_(other.literals_) {}
   Array& operator=(Array other) noexcept {
     std::swap(handle_, other.handle_);
     std::swap(shape_, other.shape_);
+    std::swap(literals_, other.literals_);
     return *this;
   }
   ~Array() { detail::destroy(handle_); }
@@ -315,7 +318,11 @@ class Array {
   }
   T flat(uint64_t i) const& {
     assert(i < size());
-    return detail::Element<T>::get(handle_, i);
+    if constexpr (detail::Literal<T>) {
+      return T(literals_[i]);
+    } else {
+      return detail::Element<T>::get(handle_, i);
+    }
   }
   T flat(uint64_t i) && { return std::as_const(*this).flat(i); }
   /// Replaces element i in row-major order.
@@ -359,6 +366,7 @@ class Array {
 
   Handle* handle_;
   Shape<N> shape_{};
+  const uint32_t* literals_ = nullptr;  // of variables, so that reading one takes no call
 };
 
 namespace detail {

@@ -28,7 +28,8 @@ struct Param {
   std::string value;
 
  private:
-  static std::string text(bool value) { return value ? "1" : "0"; }
+  // "1" would also do for what is on or off, but is a number where numbers count.
+  static std::string text(bool value) { return value ? "true" : "0"; }
   static std::string text(const std::string& value) { return value; }
   static std::string text(const char* value) { return value; }  // which would convert to bool
   template <detail::IntegerLike T>

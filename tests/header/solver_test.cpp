@@ -66,7 +66,7 @@ TEST(Params, AreTextsThatReadBackAsTheirValues) {
                          {"e", Integer("18446744073709551616")},
                          {"f", 1e-9},
                          {"g", 2.5f}};
-  const char* texts[] = {"2.5", "x", "1", "-7", "18446744073709551616"};
+  const char* texts[] = {"2.5", "x", "true", "-7", "18446744073709551616"};
   for (size_t i = 0; i < std::size(texts); ++i) EXPECT_EQ(params[i].value, texts[i]);
   EXPECT_EQ(std::stod(params[5].value), 1e-9);
   EXPECT_EQ(std::stod(params[6].value), 2.5);
