@@ -9,11 +9,7 @@ include(GNUInstallDirs)
 set(library_folder ${CMAKE_INSTALL_LIBDIR}/zorv)
 install(TARGETS zorv EXPORT zorv LIBRARY DESTINATION ${library_folder}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-foreach(solver easysolver exhaustive)
-  if(TARGET ${solver}_library)
-    install(TARGETS ${solver}_library LIBRARY DESTINATION ${library_folder})
-  endif()
-endforeach()
+install(TARGETS easysolver_library exhaustive_library LIBRARY DESTINATION ${library_folder})
 install(DIRECTORY include/zorv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 # find_package(zorv) gives the target zorv::zorv. Versions are dates; from one year to the next the

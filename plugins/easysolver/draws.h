@@ -1,7 +1,6 @@
 // A table of -log(u) for uniform u: times the temperature, how far a flip may raise the energy. It
 // is read in windows that begin anywhere, and a part of it is renewed before every sweep, so that
-// rare draws come to all variables. Computing a fresh logarithm for each trial instead doubles the
-// cost of a rejection and finds nothing more.
+// rare draws come to all variables. A logarithm for each trial would cost more than the trial.
 #pragma once
 
 #include <cmath>

@@ -38,6 +38,9 @@ class CliqueSearch {
         }
       }
     }
+    for (uint32_t i = 0; i < pairs.size(); ++i) {  // where no linear coefficient can match
+      if (pairs.linear[i] >= 0) largest_[i] = 0;
+    }
   }
 
   Sets run() {
@@ -50,7 +53,7 @@ class CliqueSearch {
         if (clique.size() >= kLeastSet) cliques.push_back(std::move(clique));
       }
     }
-    return with_matching_linear(std::move(cliques));
+    return with_matching_terms(std::move(cliques));
   }
 
  private:
@@ -76,7 +79,7 @@ class CliqueSearch {
     std::vector<uint32_t> clique = {i, j};
     for (uint64_t k = pairs_.head[i]; k < pairs_.head[i + 1]; ++k) {
       const uint32_t candidate = pairs_.links[k].variable;
-      if (candidate == j) continue;
+      if (candidate == j || is_used_[k] != 0 || !is_strong(i, k)) continue;
       if (std::all_of(clique.begin(), clique.end(),
                       [&](uint32_t member) { return is_free(member, candidate); })) {
         clique.push_back(candidate);
@@ -92,20 +95,31 @@ class CliqueSearch {
     }
   }
   // In g squares of weight w, which give pairs of 2w, a variable has the linear coefficient -gw;
-  // what the objective adds must be less than one of them.
-  Sets with_matching_linear(Sets cliques) const {
-    std::vector<uint32_t> squares(pairs_.size());
+  // what the objective adds must be less than one of them, and no pair outside may weigh as much.
+  // Without this, chance triangles of largest coefficients in dense models counted as sets.
+  Sets with_matching_terms(Sets cliques) const {
+    std::vector<uint32_t> squares(pairs_.size()), partners(pairs_.size());
     for (const auto& clique : cliques) {
-      for (const uint32_t i : clique) ++squares[i];
+      for (const uint32_t i : clique) {
+        ++squares[i];
+        partners[i] += static_cast<uint32_t>(clique.size()) - 1;
+      }
     }
     const auto is_plain = [&](uint32_t i) {
       const Coeff rest = 2 * Coeff(pairs_.linear[i]) + squares[i] * Coeff(largest_[i]);
-      return magnitude(rest) < Coeff(largest_[i]);
+      return magnitude(rest) < Coeff(largest_[i]) && heavy_links(i) == partners[i];
     };
     std::erase_if(cliques, [&](const auto& clique) {
       return !std::all_of(clique.begin(), clique.end(), is_plain);
     });
     return cliques;
+  }
+  uint64_t heavy_links(uint32_t i) const {
+    const auto begin = pairs_.links.begin();
+    return static_cast<uint64_t>(std::count_if(
+        begin + static_cast<int64_t>(pairs_.head[i]),
+        begin + static_cast<int64_t>(pairs_.head[i + 1]),
+        [&](const auto& link) { return link.coeff >= largest_[i] || -link.coeff >= largest_[i]; }));
   }
 
   const PairTable<Num>& pairs_;

@@ -12,8 +12,8 @@ namespace zorv::plugin::easy {
 
 namespace {
 
-// Above this share of neighbours a flip is faster by whole rows: on 1000 variables both cost the
-// same at a tenth.
+// Above this share of neighbours a flip goes through whole rows, which vectors do eight or more
+// entries at a time.
 constexpr double kDenseShare = 0.1;
 constexpr uint64_t kMostDenseVariables = 16384;
 

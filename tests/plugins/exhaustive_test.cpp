@@ -160,6 +160,14 @@ TEST(ExhaustiveLibrary, GivesTheSameWhateverTheThreads) {
   }
 }
 
+TEST(ExhaustiveLibrary, BreaksTiesByRankWhicheverThreadIsFaster) {
+  for (int i = 0; i < 30; ++i) {
+    const Answer answer = search(AbiModel{17}, {{"threads", "3"}, {"topk_sols", "3"}});
+    EXPECT_EQ(answer.best.state, 0u);
+    EXPECT_EQ(answer.list, (std::vector<Found>{{0, 0}, {0, 1}, {0, 3}}));
+  }
+}
+
 TEST(ExhaustiveLibrary, TakesTheSmallestNumbersThatHold) {
   const auto numbers = [](const Coeff& coeff) {
     AbiModel m{2, Coeff(1) << 200, {{}}};
@@ -202,13 +210,16 @@ TEST(ExhaustiveLibrary, StopsWhenTheTimeIsUpOrTheTargetIsReached) {
     EXPECT_EQ(answer.best.energy, m.energy(answer.best.state));
   }
   // A state as good as the target that violates a requirement is not what was asked for.
-  AbiModel small{3, 0, {{}}};
-  small.degrees[0].add(-1, {1});
-  small.constraints = {m.constraints[0]};
-  small.constraints[0].weight = 0;
-  EXPECT_EQ(search(small, {{"target_energy", "-1"}}).facts.at("complete"), "1");
-  small.constraints[0].shape_kind = 1;
-  EXPECT_EQ(search(small, {{"target_energy", "-1"}}).best.energy, -1);
+  AbiModel easy{24, 0, {{}}, {m.constraints[0]}};
+  easy.degrees[0].add(-1, {1});
+  easy.constraints[0].weight = 0;
+  easy.constraints[0].lows = easy.constraints[0].highs = {0};
+  for (const char* complete : {"1", "0"}) {
+    const Answer answer = search(easy, {{"target_energy", "-1"}, {"threads", "1"}});
+    EXPECT_EQ(answer.facts.at("complete"), complete);
+    EXPECT_EQ(answer.best, (Found{-1, 3}));
+    easy.constraints[0].shape_kind = 1;
+  }
 }
 
 TEST(ExhaustiveLibrary, PrintsALineForEachNewBest) {
