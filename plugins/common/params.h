@@ -15,7 +15,7 @@ namespace zorv::plugin {
 
 // What the common keys fill in; a library that has keys of its own derives from it.
 struct SearchParams {
-  const char* solver_name;           // for messages
+  const char* solver_name = "";      // for messages
   std::optional<double> time_limit;  // seconds
   std::optional<Coeff> target_energy;
   std::optional<uint64_t> seed;

@@ -8,6 +8,14 @@
 
 namespace zorv::plugin {
 
+// Whether these lanes are for processors that have_avx2() only.
+template <typename Lanes>
+inline constexpr bool kNeedsAvx2 = false;
+template <typename Number>
+inline constexpr bool kNeedsAvx2<MachineLanes<Number, 32>> = true;
+
+inline bool have_avx2() { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi"); }
+
 template <typename Lanes>
 class GrayWalk {
  public:
@@ -29,12 +37,14 @@ class GrayWalk {
                              const Number& limit);
 
   SlopeTree<Lanes> tree_;
-  const Steps steps_;  // for the depth of the tree and this processor
+  const Steps steps_;  // for the levels and parts of the tree
   uint64_t place_ = 0;
 };
 
-extern template class GrayWalk<MachineLanes<int32_t>>;
-extern template class GrayWalk<MachineLanes<int64_t>>;
+extern template class GrayWalk<MachineLanes<int32_t, 16>>;
+extern template class GrayWalk<MachineLanes<int32_t, 32>>;
+extern template class GrayWalk<MachineLanes<int64_t, 16>>;
+extern template class GrayWalk<MachineLanes<int64_t, 32>>;
 extern template class GrayWalk<WideLanes>;
 
 }  // namespace zorv::plugin

@@ -6,13 +6,14 @@
 // an energy and a summand: that spreads the cost of finding out what a step changes over 32 states,
 // or 16 with 64 bits. Unbounded integers have one lane.
 //
-// Everything here is for inlining into functions that are compiled for several instruction sets,
-// hence the attribute. Sums wrap around: partial sums may, results that fit are right anyway.
+// The length of the vectors is that of the processor's registers: longer ones, which the compiler
+// splits, made a walk four times slower. What a walk does is marked for inlining, so that it is
+// compiled for the instruction set of the function that it ends up in.
 #pragma once
 
-#include <array>
 #include <bit>
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 #include "common/coeff.h"
@@ -27,19 +28,29 @@ namespace zorv::plugin {
 template <typename Number>
 struct PenaltyRule {
   Number weight;
-  std::vector<Range<Number>> intervals;  // at least one; only a single one may have crossed ends
+  std::vector<Range<Number>> intervals;  // at least one; ends may be crossed
   bool is_squared;
 };
 
-template <typename NumberType>
-struct alignas(32) MachineLanes {
+template <typename Element, int kBytes>
+struct MakeVector {
+  typedef Element Type __attribute__((vector_size(kBytes)));
+};
+template <typename Element, int kBytes>
+using VectorOf = typename MakeVector<Element, kBytes>::Type;
+
+// Vectors of 32 bytes are for processors with AVX2, those of 16 for all. Aligned as the vectors
+// are, which g++ does not see to inside templates.
+template <typename NumberType, int kBytes>
+struct alignas(kBytes) MachineLanes {
   using Number = NumberType;
-  static constexpr int kVectorBytes = 32;
-  static constexpr int kVectors = 4;
-  static constexpr int kLanes = kVectors * kVectorBytes / static_cast<int>(sizeof(Number));
+  static constexpr int kVectorBytes = kBytes;
+  static constexpr int kVectors = 128 / kBytes;
+  static constexpr int kLanes = 128 / static_cast<int>(sizeof(Number));
   static constexpr int kLaneBits = std::countr_zero(static_cast<unsigned>(kLanes));
-  typedef Number Vector __attribute__((vector_size(kVectorBytes)));
-  typedef int64_t Words __attribute__((vector_size(kVectorBytes)));
+  using Vector = VectorOf<Number, kBytes>;
+  using Wrapping = VectorOf<std::make_unsigned_t<Number>, kBytes>;
+  using Words = VectorOf<int64_t, kBytes>;
 
   Vector vectors[kVectors] = {};
 
@@ -48,42 +59,48 @@ struct alignas(32) MachineLanes {
     return vectors[l / kEach][l % kEach];
   }
 
-  // Adds `x` in the lanes whose bits have all of `ones` and none of `zeros`.
+  // Adds `x` in the lanes whose bits have all of `ones` and none of `zeros`. The sum may leave the
+  // range of numbers on the way to one within it.
   void add_where(uint64_t ones, uint64_t zeros, Number x) {
     constexpr int kEach = kLanes / kVectors;
-    for (int l = 0; l < kLanes; ++l) {
-      const auto bits = static_cast<uint64_t>(l);
-      if ((bits & ones) != ones || (bits & zeros) != 0) continue;
-      Vector summand = {};
-      summand[l % kEach] = x;
-      vectors[l / kEach] += summand;
+    Vector lanes;
+    for (int l = 0; l < kEach; ++l) lanes[l] = l;
+    for (Vector& vector : vectors) {
+      const auto is_met = (lanes & static_cast<Number>(ones | zeros)) == static_cast<Number>(ones);
+      const auto sum = reinterpret_cast<Wrapping>(vector) + reinterpret_cast<Wrapping>(is_met & x);
+      vector = reinterpret_cast<Vector>(sum);
+      lanes += kEach;
     }
   }
 
   // += x, or -= x
   ZORV_LANES void add(const MachineLanes& x, bool is_minus) {
     const Number sign = -static_cast<Number>(is_minus);  // -y is (y ^ -1) - -1
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int i = 0; i < kVectors; ++i) vectors[i] += (x.vectors[i] ^ sign) - sign;
   }
   ZORV_LANES void add_to_all(const Number& x, bool is_minus) {
     const Number summand = is_minus ? -x : x;
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int i = 0; i < kVectors; ++i) vectors[i] += summand;
   }
 
   ZORV_LANES bool has_below(const Number& limit) const {
     auto is_below = vectors[0] < limit;
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int i = 1; i < kVectors; ++i) is_below |= vectors[i] < limit;
     const auto words = reinterpret_cast<Words>(is_below);
-    return (words[0] | words[1] | words[2] | words[3]) != 0;
+    if constexpr (kVectorBytes == 16) {
+      return (words[0] | words[1]) != 0;
+    } else {
+      return (words[0] | words[1] | words[2] | words[3]) != 0;
+    }
   }
 
   // Takes the penalty of `body`, and adds to `sum` what it is above the penalty held before.
   ZORV_LANES void take_penalty(const PenaltyRule<Number>& rule, const MachineLanes& body,
                                MachineLanes& sum) {
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int i = 0; i < kVectors; ++i) {
       const Vector s = body.vectors[i];
       Vector nearest, other;

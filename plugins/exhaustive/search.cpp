@@ -197,17 +197,19 @@ ExhaustiveResult search_with(const BinaryModel& model, const SearchParams& param
   return result;
 }
 
+template <typename Number>
+auto machine_search() {
+  return have_avx2() ? search_with<MachineLanes<Number, 32>>
+                     : search_with<MachineLanes<Number, 16>>;
+}
+
 }  // namespace
 
 ExhaustiveResult search_all(const BinaryModel& model, const SearchParams& params) {
   const SearchBound<Coeff> bound = search_bound(model);
   const Coeff& reach = bound.energy();
-  if (bound.fits(kShortBits)) {
-    return search_with<MachineLanes<int32_t>>(model, params, reach, "int32");
-  }
-  if (bound.fits(kMachineBits)) {
-    return search_with<MachineLanes<int64_t>>(model, params, reach, "int64");
-  }
+  if (bound.fits(kShortBits)) return machine_search<int32_t>()(model, params, reach, "int32");
+  if (bound.fits(kMachineBits)) return machine_search<int64_t>()(model, params, reach, "int64");
   return search_with<WideLanes>(model, params, reach, "unbounded");
 }
 

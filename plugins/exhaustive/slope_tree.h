@@ -61,12 +61,15 @@ struct SlopeTree {
   uint32_t lane_bits;  // as many lowest variables are in the lanes, fewer only in small models
   uint32_t digits;     // the other variables
   uint32_t levels;     // 2, 3, 4 or kMostLevels: the length of the paths that a walk takes
-  Lanes energy;        // at the start: all digits 0
+
+  // What a walk changes; here as at the start, where all digits are 0.
+  Lanes energy;
 
   // By node. Node 0 stands for none, has the value 0, and is its own child. At the last level,
   // where no term has variables to spare for the lanes, there are leaves instead, with one number
-  // for all of them. In dense models most of the tree is leaves.
-  std::vector<Lanes> values;
+  // for all of them: in dense models most of the tree is leaves, and a walk is a fifth faster than
+  // one that has nodes there.
+  std::vector<Lanes> values;       // a walk changes them
   std::vector<uint32_t> rows;      // where in `children` those of the node begin
   std::vector<uint32_t> children;  // rows of columns(), by digit; the first row is all 0
   std::vector<Number> leaves;      // leaf 0 is 0
@@ -76,7 +79,7 @@ struct SlopeTree {
   std::vector<Part> parts;
   std::vector<uint64_t> parts_head;  // by digit, and one more
   std::vector<Product> products;
-  std::vector<Body> bodies;  // from polynomial 1 on
+  std::vector<Body> bodies;  // from polynomial 1 on; a walk changes them
 
   SlopeTree(const MaskModel<Number>& model, const Segment& segment);
 
