@@ -1,10 +1,11 @@
 // Simulated annealing by sweeps: all variables in their order, each flipped if that raises the
 // energy by no more than the temperature times -log(u). At low temperatures nearly all are
-// rejected, eight at a time; after a flip the test goes on behind it with the fields as they are
-// then, so the result is that of one variable after the other.
+// rejected, a block at a time. What passes is looked at again when its turn comes, since flips in
+// its block have come before; what only these let pass waits for the next sweep.
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "easysolver/exchanges.h"
@@ -16,40 +17,50 @@ struct Schedule {
   uint64_t sweeps;
 };
 
-// The first variable of [begin, end) to flip; `draws` belong to the variables from `base` on.
+// Which of the variables from `begin` on, at most kBlock of them, may pass; at least those that do
+// as the state is now.
 template <typename Fields>
-uint32_t next_accepted(const State<Fields>& state, const float* draws, double temperature,
-                       uint32_t base, uint32_t begin, uint32_t end) {
+uint64_t candidates(const State<Fields>& state, const float* draws, double temperature,
+                    uint32_t begin, uint32_t count) {
+  const uint64_t all = ~uint64_t{0} >> (kBlock - count);
   if constexpr (std::is_same_v<typename Fields::Number, int32_t>) {
-    if (state.bodies().empty()) {
-      const auto i =
-          kernels().next_accepted(state.fields().fields() + base, state.fields().signs() + base,
-                                  draws, static_cast<float>(temperature), begin - base, end - base);
-      return base + static_cast<uint32_t>(i);
+    if (state.has_vectors()) {
+      return all & kernels().accepted(state.fields().fields(), state.fields().signs(), begin, draws,
+                                      static_cast<float>(temperature));
     }
   }
-  for (uint32_t i = begin; i < end; ++i) {
-    if (to_double(state.delta(i)) <= temperature * draws[i - base]) return i;
-  }
-  return end;
+  return all;
+}
+
+template <typename Fields>
+bool passes(const State<Fields>& state, uint32_t i, double bound) {
+  return to_double(state.delta(i)) <= bound;
 }
 
 template <typename Fields>
 void sweep(Walk<Fields>& walk, double temperature) {
   auto& state = walk.state;
   walk.draws.renew(walk.random);
-  for (uint32_t base = 0; base < state.size(); base += Draws::kWindow) {
-    const uint32_t end = std::min(state.size(), base + Draws::kWindow);
-    const float* const draws = walk.draws.window(walk.random);
-    uint64_t work = (end - base) / kLanes + 1;
-    for (uint32_t i = base; (i = next_accepted(state, draws, temperature, base, i, end)) < end;
-         ++i) {
-      work += state.fields().work_of_flip(i) + 1;
-      state.flip(i);
+  const float* draws = nullptr;
+  uint64_t work = state.work_of_look();
+  for (uint32_t begin = 0; begin < state.size(); begin += kBlock) {
+    if (begin % Draws::kWindow == 0) {
+      if (walk.must_stop(work)) return;
+      work = 0;
+      draws = walk.draws.window(walk.random);
     }
-    if (walk.must_stop(work)) return;
+    const uint32_t count = std::min<uint32_t>(kBlock, state.size() - begin);
+    const float* const own = draws + begin % Draws::kWindow;
+    for (uint64_t mask = candidates(state, own, temperature, begin, count); mask != 0;
+         mask &= mask - 1) {
+      const auto k = static_cast<uint32_t>(std::countr_zero(mask));
+      if (!passes(state, begin + k, temperature * own[k])) continue;
+      work += state.fields().work_of_flip(begin + k) + 1;
+      state.flip(begin + k);
+    }
   }
   ++walk.sweeps;
+  walk.must_stop(work);
 }
 
 // Flips that lower the energy, until there is none.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -49,6 +50,7 @@ class Bodies {
       : table_(&table),
         values_(table.constraints.size()),
         penalties_(table.constraints.size()),
+        weights_(weights_of(table)),
         false_literals_(table.product_coeffs.size()) {}
 
   bool empty() const { return values_.empty(); }
@@ -63,6 +65,34 @@ class Bodies {
       sum += penalties_[c];
     }
     return sum;
+  }
+
+  bool is_violated(uint32_t c) const { return penalties_[c] != 0; }
+  uint64_t uses() const { return table_->uses.size(); }
+  const std::vector<E>& weights() const { return weights_; }
+  // What a violation as large as a constraint's mean coefficient costs, for each constraint.
+  std::vector<double> usual_penalties() const {
+    std::vector<double> sums(values_.size()), counts(values_.size());
+    for (const auto& use : table_->uses) {
+      sums[use.constraint] += std::abs(to_double(use.coeff));
+      ++counts[use.constraint];
+    }
+    for (size_t c = 0; c < sums.size(); ++c) {
+      const double size = std::max(1.0, sums[c] / std::max(1.0, counts[c]));
+      sums[c] = to_double(weights_[c]) * (table_->constraints[c].is_squared ? size * size : size);
+    }
+    return sums;
+  }
+  // From now on other weights than the table's; returns by how much that raises the sum.
+  E set_weights(const std::vector<E>& weights) {
+    weights_ = weights;
+    E rise = 0;
+    for (size_t c = 0; c < values_.size(); ++c) {
+      const E now = penalty(c, values_[c]);
+      rise += now - penalties_[c];
+      penalties_[c] = now;
+    }
+    return rise;
   }
 
   // The rise of all penalties by the flip of variable i, which has the value `is_one`.
@@ -137,12 +167,18 @@ class Bodies {
     return change;
   }
 
+  static std::vector<E> weights_of(const Table& table) {
+    std::vector<E> weights;
+    for (const auto& constraint : table.constraints) weights.push_back(constraint.weight);
+    return weights;
+  }
+
   E penalty(size_t c, const E& value) const {
     const auto& constraint = table_->constraints[c];
     const E violation = constraint.intervals == 0 ? distance(value, constraint.lo, constraint.hi)
                                                   : distance_to_intervals(value, constraint);
     if (violation == 0) return 0;
-    return constraint.weight * (constraint.is_squared ? E(violation * violation) : violation);
+    return weights_[c] * (constraint.is_squared ? E(violation * violation) : violation);
   }
   static E distance(const E& value, const E& lo, const E& hi) {
     if (value < lo) return lo - value;
@@ -160,6 +196,7 @@ class Bodies {
   const Table* table_;
   std::vector<E> values_;
   std::vector<E> penalties_;
+  std::vector<E> weights_;
   std::vector<uint32_t> false_literals_;
 };
 

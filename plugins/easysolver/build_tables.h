@@ -79,13 +79,29 @@ PairTable<Num> pair_table(const Source<E>& source) {
   return table;
 }
 
+// The same table with narrow links, if it has room for them.
+inline std::optional<PairTable<int32_t, NarrowLink>> narrow_table(const PairTable<int32_t>& pairs) {
+  if (pairs.size() > uint32_t{UINT16_MAX} + 1) return std::nullopt;
+  PairTable<int32_t, NarrowLink> table;
+  table.links.reserve(pairs.links.size());
+  for (const auto& link : pairs.links) {
+    const NarrowLink narrow = {static_cast<uint16_t>(link.variable),
+                               static_cast<int16_t>(link.coeff)};
+    if (narrow.coeff != link.coeff) return std::nullopt;
+    table.links.push_back(narrow);
+  }
+  table.linear = pairs.linear;
+  table.head = pairs.head;
+  return table;
+}
+
 inline DenseTable dense_table(const PairTable<int32_t>& pairs) {
   const uint32_t n = pairs.size();
   DenseTable table;
   table.linear = pairs.linear;
-  table.stride = (n + kLanes - 1) / kLanes * kLanes;
+  table.stride = (n + 2 * kLanes - 1) / (2 * kLanes) * (2 * kLanes);
   const bool is_narrow = std::all_of(pairs.links.begin(), pairs.links.end(), [](const auto& link) {
-    return link.coeff == static_cast<int16_t>(link.coeff);
+    return link.coeff >= -INT16_MAX && link.coeff <= INT16_MAX;
   });
   const auto fill = [&](auto& rows) {
     rows.resize(n * table.stride);

@@ -1,4 +1,6 @@
-// Fields as in sparse_fields.h, where a flip adds a whole row of the matrix, eight at a time.
+// Rises by flips of a quadratic polynomial with most pairs there. The flip of j adds q_ij or -q_ij
+// to the rise by the flip of i, in whole rows of the matrix; kept are the rises themselves, since
+// the searches read all of them for each row that is added.
 #pragma once
 
 #include <algorithm>
@@ -15,19 +17,20 @@ class DenseFields {
   using Table = DenseTable;
 
   explicit DenseFields(const Table& table)
-      : table_(&table), fields_(table.stride + kLanes), signs_(table.stride + kLanes) {}
+      : table_(&table), rises_(table.stride + kBlock), spins_(table.stride) {}
 
   void clear() {
-    std::fill(signs_.begin(), signs_.end(), 0);
-    std::fill(fields_.begin(), fields_.end(), 0);
-    std::copy(table_->linear.begin(), table_->linear.end(), fields_.begin());
+    std::fill(spins_.begin(), spins_.end(), 1);
+    std::fill(rises_.begin(), rises_.end(), 0);
+    std::copy(table_->linear.begin(), table_->linear.end(), rises_.begin());
   }
 
-  int32_t delta(uint32_t i) const { return signed_value<int32_t>(fields_[i], signs_[i]); }
+  int32_t delta(uint32_t i) const { return rises_[i]; }
 
   void flip(uint32_t j) {
-    add_row(j, signs_[j]);
-    signs_[j] = ~signs_[j];
+    add_row(j);
+    rises_[j] = -rises_[j];
+    spins_[j] = static_cast<int16_t>(-spins_[j]);
   }
 
   int32_t link(uint32_t i, uint32_t j) const {
@@ -35,23 +38,26 @@ class DenseFields {
     return table_->wide.empty() ? table_->narrow[at] : table_->wide[at];
   }
 
-  const int32_t* fields() const { return fields_.data(); }
-  const int32_t* signs() const { return signs_.data(); }
+  const int32_t* fields() const { return rises_.data(); }
+  const int32_t* signs() const { return nullptr; }
   uint64_t work_of_flip(uint32_t) const { return table_->stride / kLanes; }
 
  private:
-  void add_row(uint32_t j, int32_t sign) {
+  void add_row(uint32_t j) {
     const size_t start = j * table_->stride;
+    const bool is_minus = spins_[j] < 0;
     if (table_->wide.empty()) {
-      kernels().add_row16(fields_.data(), &table_->narrow[start], sign, table_->stride);
+      kernels().add_row16(rises_.data(), &table_->narrow[start], spins_.data(), is_minus,
+                          table_->stride);
     } else {
-      kernels().add_row32(fields_.data(), &table_->wide[start], sign, table_->stride);
+      kernels().add_row32(rises_.data(), &table_->wide[start], spins_.data(), is_minus,
+                          table_->stride);
     }
   }
 
   const Table* table_;
-  std::vector<int32_t> fields_;
-  std::vector<int32_t> signs_;
+  std::vector<int32_t> rises_;
+  std::vector<int16_t> spins_;  // 1 where the variable is 0, else -1
 };
 
 }  // namespace zorv::plugin::easy

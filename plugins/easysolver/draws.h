@@ -15,7 +15,7 @@ class Draws {
  public:
   static constexpr uint32_t kWindow = 4096;
 
-  explicit Draws(Random& random) : table_(2 * kWindow + kLanes) {
+  explicit Draws(Random& random) : table_(2 * kWindow + kBlock) {
     for (float& draw : table_) draw = fresh(random);
   }
 

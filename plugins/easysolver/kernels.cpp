@@ -8,115 +8,172 @@ namespace zorv::plugin::easy {
 
 namespace {
 
-int32_t rise(int32_t field, int32_t sign) { return (field ^ sign) - sign; }
-
-size_t next_accepted_plain(const int32_t* fields, const int32_t* signs, const float* draws,
-                           float temperature, size_t begin, size_t end) {
-  size_t i = begin;
-  while (i<end&& static_cast<float>(rise(fields[i], signs[i]))> temperature * draws[i]) ++i;
-  return i;
+int32_t rise(const int32_t* fields, const int32_t* signs, size_t i) {
+  return signs == nullptr ? fields[i] : (fields[i] ^ signs[i]) - signs[i];
 }
 
-BestMove best_move_plain(const int32_t* fields, const int32_t* signs, const uint32_t* tabu_until,
-                         uint32_t now, int32_t aspiration, size_t begin, size_t end) {
-  BestMove best = {kNoMove, 0};
-  for (size_t i = begin; i < end; ++i) {
-    const int32_t delta = rise(fields[i], signs[i]);
-    if (delta >= best.delta || (tabu_until[i] > now && delta >= aspiration)) continue;
-    best = {delta, static_cast<uint32_t>(i)};
+uint64_t accepted_plain(const int32_t* fields, const int32_t* signs, size_t begin,
+                        const float* draws, float temperature) {
+  uint64_t mask = 0;
+  for (size_t i = 0; i < kBlock; ++i) {
+    const float bound = temperature * draws[i];
+    const bool is_accepted = static_cast<float>(rise(fields, signs, begin + i)) <= bound;
+    mask |= uint64_t{is_accepted} << i;
   }
-  return best;
+  return mask;
+}
+
+int32_t least_rises_plain(const int32_t* fields, const int32_t* signs, const int32_t* bars,
+                          size_t blocks, int32_t* least) {
+  int32_t of_all = kNoMove;
+  for (size_t block = 0; block < blocks; ++block) {
+    int32_t of_block = kNoMove;
+    for (size_t i = block * kBlock; i < (block + 1) * kBlock; ++i) {
+      const int32_t delta = rise(fields, signs, i);
+      of_all = std::min(of_all, delta);
+      of_block = std::min(of_block, std::max(delta, bars[i]));
+    }
+    least[block] = of_block;
+  }
+  return of_all;
+}
+
+uint64_t equal_plain(const int32_t* fields, const int32_t* signs, const int32_t* bars, size_t begin,
+                     int32_t value) {
+  uint64_t mask = 0;
+  for (size_t i = 0; i < kBlock; ++i) {
+    const bool is_equal = std::max(rise(fields, signs, begin + i), bars[begin + i]) == value;
+    mask |= uint64_t{is_equal} << i;
+  }
+  return mask;
 }
 
 template <typename Coeff>
-void add_row_plain(int32_t* fields, const Coeff* row, int32_t sign, size_t n) {
-  for (size_t i = 0; i < n; ++i) fields[i] += (row[i] ^ sign) - sign;
+void add_row_plain(int32_t* rises, const Coeff* row, const int16_t* spins, bool is_minus,
+                   size_t n) {
+  const int32_t sign = is_minus ? -1 : 1;
+  for (size_t i = 0; i < n; ++i) rises[i] += sign * spins[i] * row[i];
 }
 
-#define ZORV_AVX2 __attribute__((target("avx2,bmi")))
+#define ZORV_AVX2 __attribute__((target("avx2")))
 
 ZORV_AVX2 __m256i load(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
-ZORV_AVX2 __m256i rises(const int32_t* fields, const int32_t* signs) {
-  const __m256i sign = load(signs);
-  return _mm256_sub_epi32(_mm256_xor_si256(load(fields), sign), sign);
+template <bool kHasSigns>
+ZORV_AVX2 __m256i rises(const int32_t* fields, const int32_t* signs, size_t i) {
+  if constexpr (!kHasSigns) return load(fields + i);
+  const __m256i sign = load(signs + i);
+  return _mm256_sub_epi32(_mm256_xor_si256(load(fields + i), sign), sign);
 }
 
-ZORV_AVX2 size_t next_accepted_avx2(const int32_t* fields, const int32_t* signs, const float* draws,
-                                    float temperature, size_t begin, size_t end) {
+template <bool kHasSigns>
+ZORV_AVX2 uint64_t accepted_avx2(const int32_t* fields, const int32_t* signs, size_t begin,
+                                 const float* draws, float temperature) {
   const __m256 scale = _mm256_set1_ps(temperature);
-  for (size_t i = begin; i < end; i += kLanes) {
-    const __m256 delta = _mm256_cvtepi32_ps(rises(fields + i, signs + i));
+  uint64_t mask = 0;
+  for (size_t i = 0; i < kBlock; i += kLanes) {
+    const __m256 delta = _mm256_cvtepi32_ps(rises<kHasSigns>(fields, signs, begin + i));
     const __m256 bound = _mm256_mul_ps(scale, _mm256_loadu_ps(draws + i));
     const int passes = _mm256_movemask_ps(_mm256_cmp_ps(delta, bound, _CMP_LE_OQ));
-    if (passes != 0) return std::min(end, i + static_cast<size_t>(__builtin_ctz(passes)));
+    mask |= static_cast<uint64_t>(passes) << i;
   }
-  return end;
+  return mask;
+}
+ZORV_AVX2 uint64_t accepted_avx2_any(const int32_t* fields, const int32_t* signs, size_t begin,
+                                     const float* draws, float temperature) {
+  return signs == nullptr ? accepted_avx2<false>(fields, signs, begin, draws, temperature)
+                          : accepted_avx2<true>(fields, signs, begin, draws, temperature);
 }
 
-ZORV_AVX2 BestMove best_move_avx2(const int32_t* fields, const int32_t* signs,
-                                  const uint32_t* tabu_until, uint32_t now, int32_t aspiration,
-                                  size_t begin, size_t end) {
-  const size_t whole = begin + (end - begin) / kLanes * kLanes;
-  const __m256i nows = _mm256_set1_epi32(static_cast<int32_t>(now));
-  const __m256i aspirations = _mm256_set1_epi32(aspiration);
-  const __m256i none = _mm256_set1_epi32(kNoMove);
-  __m256i best = none, where = _mm256_setzero_si256();
-  __m256i here = _mm256_add_epi32(_mm256_set1_epi32(static_cast<int32_t>(begin)),
-                                  _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
-  for (size_t i = begin; i < whole; i += kLanes) {
-    __m256i delta = rises(fields + i, signs + i);
-    const __m256i tabu = _mm256_andnot_si256(_mm256_cmpgt_epi32(aspirations, delta),
-                                             _mm256_cmpgt_epi32(load(tabu_until + i), nows));
-    delta = _mm256_blendv_epi8(delta, none, tabu);
-    const __m256i better = _mm256_cmpgt_epi32(best, delta);
-    best = _mm256_blendv_epi8(best, delta, better);
-    where = _mm256_blendv_epi8(where, here, better);
-    here = _mm256_add_epi32(here, _mm256_set1_epi32(kLanes));
-  }
-  alignas(32) int32_t deltas[kLanes], variables[kLanes];
-  _mm256_store_si256(reinterpret_cast<__m256i*>(deltas), best);
-  _mm256_store_si256(reinterpret_cast<__m256i*>(variables), where);
-  BestMove first = best_move_plain(fields, signs, tabu_until, now, aspiration, whole, end);
-  for (size_t lane = 0; lane < kLanes; ++lane) {
-    const BestMove other = {deltas[lane], static_cast<uint32_t>(variables[lane])};
-    if (other.delta < first.delta ||
-        (other.delta == first.delta && other.variable < first.variable)) {
-      first = other;
+ZORV_AVX2 int32_t least_of(__m256i values) {
+  __m128i least =
+      _mm_min_epi32(_mm256_castsi256_si128(values), _mm256_extracti128_si256(values, 1));
+  least = _mm_min_epi32(least, _mm_shuffle_epi32(least, 0x4E));
+  return _mm_cvtsi128_si32(_mm_min_epi32(least, _mm_shuffle_epi32(least, 0xB1)));
+}
+
+template <bool kHasSigns>
+ZORV_AVX2 int32_t least_rises_avx2(const int32_t* fields, const int32_t* signs, const int32_t* bars,
+                                   size_t blocks, int32_t* least) {
+  __m256i of_all = _mm256_set1_epi32(kNoMove);
+  for (size_t block = 0; block < blocks; ++block) {
+    __m256i of_block = _mm256_set1_epi32(kNoMove);
+    for (size_t i = block * kBlock; i < (block + 1) * kBlock; i += kLanes) {
+      const __m256i delta = rises<kHasSigns>(fields, signs, i);
+      of_all = _mm256_min_epi32(of_all, delta);
+      of_block = _mm256_min_epi32(of_block, _mm256_max_epi32(delta, load(bars + i)));
     }
+    least[block] = least_of(of_block);
   }
-  return first;
+  return least_of(of_all);
+}
+ZORV_AVX2 int32_t least_rises_avx2_any(const int32_t* fields, const int32_t* signs,
+                                       const int32_t* bars, size_t blocks, int32_t* least) {
+  return signs == nullptr ? least_rises_avx2<false>(fields, signs, bars, blocks, least)
+                          : least_rises_avx2<true>(fields, signs, bars, blocks, least);
 }
 
-ZORV_AVX2 void add_row16_avx2(int32_t* fields, const int16_t* row, int32_t sign, size_t n) {
-  const __m256i signs = _mm256_set1_epi32(sign);
+template <bool kHasSigns>
+ZORV_AVX2 uint64_t equal_avx2(const int32_t* fields, const int32_t* signs, const int32_t* bars,
+                              size_t begin, int32_t value) {
+  const __m256i values = _mm256_set1_epi32(value);
+  uint64_t mask = 0;
+  for (size_t i = 0; i < kBlock; i += kLanes) {
+    const __m256i delta =
+        _mm256_max_epi32(rises<kHasSigns>(fields, signs, begin + i), load(bars + begin + i));
+    const __m256i equal = _mm256_cmpeq_epi32(delta, values);
+    const int lanes = _mm256_movemask_ps(_mm256_castsi256_ps(equal));
+    mask |= static_cast<uint64_t>(lanes) << i;
+  }
+  return mask;
+}
+ZORV_AVX2 uint64_t equal_avx2_any(const int32_t* fields, const int32_t* signs, const int32_t* bars,
+                                  size_t begin, int32_t value) {
+  return signs == nullptr ? equal_avx2<false>(fields, signs, bars, begin, value)
+                          : equal_avx2<true>(fields, signs, bars, begin, value);
+}
+
+ZORV_AVX2 void add(int32_t* rises, __m256i step, bool is_minus) {
+  const __m256i sum =
+      is_minus ? _mm256_sub_epi32(load(rises), step) : _mm256_add_epi32(load(rises), step);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(rises), sum);
+}
+
+template <bool kIsMinus>
+ZORV_AVX2 void add_row16_avx2(int32_t* rises, const int16_t* row, const int16_t* spins, size_t n) {
+  for (size_t i = 0; i < n; i += 2 * kLanes) {
+    const __m256i step = _mm256_sign_epi16(load(row + i), load(spins + i));
+    add(rises + i, _mm256_cvtepi16_epi32(_mm256_castsi256_si128(step)), kIsMinus);
+    add(rises + i + kLanes, _mm256_cvtepi16_epi32(_mm256_extracti128_si256(step, 1)), kIsMinus);
+  }
+}
+template <bool kIsMinus>
+ZORV_AVX2 void add_row32_avx2(int32_t* rises, const int32_t* row, const int16_t* spins, size_t n) {
   for (size_t i = 0; i < n; i += kLanes) {
-    const __m256i step =
-        _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(row + i)));
-    const __m256i sum =
-        _mm256_add_epi32(load(fields + i), _mm256_sub_epi32(_mm256_xor_si256(step, signs), signs));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(fields + i), sum);
+    const __m128i signs = _mm_loadu_si128(reinterpret_cast<const __m128i*>(spins + i));
+    add(rises + i, _mm256_sign_epi32(load(row + i), _mm256_cvtepi16_epi32(signs)), kIsMinus);
   }
 }
-
-ZORV_AVX2 void add_row32_avx2(int32_t* fields, const int32_t* row, int32_t sign, size_t n) {
-  const __m256i signs = _mm256_set1_epi32(sign);
-  for (size_t i = 0; i < n; i += kLanes) {
-    const __m256i step = _mm256_sub_epi32(_mm256_xor_si256(load(row + i), signs), signs);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(fields + i),
-                        _mm256_add_epi32(load(fields + i), step));
-  }
+void add_row16_avx2_any(int32_t* rises, const int16_t* row, const int16_t* spins, bool is_minus,
+                        size_t n) {
+  is_minus ? add_row16_avx2<true>(rises, row, spins, n)
+           : add_row16_avx2<false>(rises, row, spins, n);
+}
+void add_row32_avx2_any(int32_t* rises, const int32_t* row, const int16_t* spins, bool is_minus,
+                        size_t n) {
+  is_minus ? add_row32_avx2<true>(rises, row, spins, n)
+           : add_row32_avx2<false>(rises, row, spins, n);
 }
 
-const Kernels kAvx2Kernels = {next_accepted_avx2, best_move_avx2, add_row16_avx2, add_row32_avx2};
+const Kernels kAvx2Kernels = {accepted_avx2_any, least_rises_avx2_any, equal_avx2_any,
+                              add_row16_avx2_any, add_row32_avx2_any};
 
 }  // namespace
 
-const Kernels kPlainKernels = {next_accepted_plain, best_move_plain, add_row_plain<int16_t>,
-                               add_row_plain<int32_t>};
+const Kernels kPlainKernels = {accepted_plain, least_rises_plain, equal_plain,
+                               add_row_plain<int16_t>, add_row_plain<int32_t>};
 
 const Kernels& kernels() {
-  static const bool has_avx2 =
-      __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0;
+  static const bool has_avx2 = __builtin_cpu_supports("avx2") != 0;
   return has_avx2 ? kAvx2Kernels : kPlainKernels;
 }
 

@@ -1,8 +1,8 @@
 // The inner loops on 32-bit fields, in two forms: for any x86-64 and for AVX2. Both give the same
 // results, which form runs is settled once, by the processor.
 //
-// Arrays of fields, signs and deadlines have room for kLanes more elements than there are
-// variables, since the loops read whole vectors.
+// Arrays of fields, signs, draws and deadlines have room for kBlock more elements than there are
+// variables, since the loops read whole blocks.
 #pragma once
 
 #include <cstddef>
@@ -11,25 +11,31 @@
 namespace zorv::plugin::easy {
 
 inline constexpr size_t kLanes = 8;
+inline constexpr size_t kBlock = 64;
 
-struct BestMove {
-  int32_t delta;
-  uint32_t variable;  // of the first that has the delta; without meaning where delta is kNoMove
-};
 inline constexpr int32_t kNoMove = INT32_MAX;
+// What stands for a variable that may be flipped, and for one that may not.
+inline constexpr int32_t kFree = INT32_MIN, kBarred = INT32_MAX;
 
 struct Kernels {
-  // The first i of [begin, end) whose flip raises the energy by at most temperature * draws[i], or
-  // end. The rise of a flip is fields[i] where signs[i] is 0 and -fields[i] where it is -1.
-  size_t (*next_accepted)(const int32_t* fields, const int32_t* signs, const float* draws,
-                          float temperature, size_t begin, size_t end);
-  // The best of [begin, end) among flips that are not tabu, which they are as long as
-  // tabu_until[i] > now, or lower the energy below `aspiration`.
-  BestMove (*best_move)(const int32_t* fields, const int32_t* signs, const uint32_t* tabu_until,
-                        uint32_t now, int32_t aspiration, size_t begin, size_t end);
-  // fields[i] += row[i] or, with sign -1, fields[i] -= row[i]. n is a multiple of kLanes.
-  void (*add_row16)(int32_t* fields, const int16_t* row, int32_t sign, size_t n);
-  void (*add_row32)(int32_t* fields, const int32_t* row, int32_t sign, size_t n);
+  // Which of the kBlock variables from `begin` on raise the energy by at most temperature times
+  // their draw if they are flipped, as a mask; draws[0] is that of `begin`. The rise by a flip is
+  // fields[i] where signs[i] is 0 and -fields[i] where it is -1; null are signs that are all 0.
+  uint64_t (*accepted)(const int32_t* fields, const int32_t* signs, size_t begin,
+                       const float* draws, float temperature);
+  // The least rise of the free variables of each block, or kNoMove. Returns that of all variables,
+  // or what lies behind them, which is 0.
+  int32_t (*least_rises)(const int32_t* fields, const int32_t* signs, const int32_t* bars,
+                         size_t blocks, int32_t* least);
+  // Which of the kBlock variables from `begin` on are free and have that rise, as a mask.
+  uint64_t (*equal)(const int32_t* fields, const int32_t* signs, const int32_t* bars, size_t begin,
+                    int32_t value);
+  // rises[i] += row[i] * spins[i] or, with is_minus, -=. Spins are 1 or -1, n is a multiple of
+  // 2 * kLanes, and no row[i] is the least of its type.
+  void (*add_row16)(int32_t* rises, const int16_t* row, const int16_t* spins, bool is_minus,
+                    size_t n);
+  void (*add_row32)(int32_t* rises, const int32_t* row, const int16_t* spins, bool is_minus,
+                    size_t n);
 };
 
 extern const Kernels kPlainKernels;

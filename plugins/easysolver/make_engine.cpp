@@ -20,11 +20,8 @@ constexpr uint64_t kMostDenseVariables = 16384;
 // Whether no field of any assignment, nor a sum on the way to it, leaves 32 bits.
 constexpr int64_t kMost32 = INT32_MAX - 1;
 
-bool fits_32(const std::vector<int64_t>& reaches) {
-  return std::all_of(reaches.begin(), reaches.end(), [](int64_t r) { return r <= kMost32; });
-}
-
-bool fields_fit_32(const Source<int64_t>& source) {
+// Bounds the size of all fields.
+int64_t reach_of_fields(const Source<int64_t>& source) {
   std::vector<int64_t> reaches(source.size());
   for (uint32_t i = 0; i < source.size(); ++i) reaches[i] = std::abs(source.linear[i]);
   for (const auto& pair : source.pairs) {
@@ -36,8 +33,9 @@ bool fields_fit_32(const Source<int64_t>& source) {
       reaches[variable_of(source.product_literals[k])] += std::abs(source.product_coeffs[t]);
     }
   }
-  return fits_32(reaches);
+  return reaches.empty() ? 0 : *std::max_element(reaches.begin(), reaches.end());
 }
+bool fields_fit_32(const Source<int64_t>& source) { return reach_of_fields(source) <= kMost32; }
 
 bool fields_fit_32(const SpinForm<int64_t>& form, uint32_t n) {
   std::vector<int64_t> reaches(n);
@@ -46,7 +44,7 @@ bool fields_fit_32(const SpinForm<int64_t>& form, uint32_t n) {
       reaches[term.variables[k]] += 4 * std::abs(term.coeff);
     }
   }
-  return fits_32(reaches);
+  return std::all_of(reaches.begin(), reaches.end(), [](int64_t r) { return r <= kMost32; });
 }
 
 // The remainder, as far as it is linear and quadratic.
@@ -131,12 +129,31 @@ std::unique_ptr<Engine> spin_engine(const SpinForm<int64_t>& form, Parts<int64_t
                                     const char* numbers) {
   int64_t at_zeros = form.constant;
   for (const auto& term : form.terms) at_zeros += term.coeff;
-  parts.unit.scale = form.scale;
+  parts.unit.scale *= form.scale;
   for (auto& constraint : parts.source.bodies.constraints) {
     constraint.weight *= static_cast<int64_t>(form.scale);
   }
   return engine_on<SpinFields<Num>>(spin_table<Num>(form, parts.source.size()), parts,
                                     pair_table<int64_t>(parts.source), at_zeros, numbers);
+}
+
+// Constraints that stay are softened by weights in small steps. For these the unit of energy is
+// made finer, as far as all numbers keep their type.
+unsigned fine_bits(const Source<int64_t>& source, const SearchBound<Coeff>& bound) {
+  if (source.bodies.constraints.empty()) return 0;
+  const int64_t reach = reach_of_fields(source);
+  unsigned bits = 10;
+  while (bits > 0 && (!bound.fits(kMachineBits - kMaxSpinDegree - bits) ||
+                      (reach <= kMost32 && reach > kMost32 >> bits))) {
+    --bits;
+  }
+  return bits;
+}
+void refine(Source<int64_t>& source, int64_t scale) {
+  for (int64_t& coeff : source.linear) coeff *= scale;
+  for (auto& pair : source.pairs) pair.coeff *= scale;
+  for (int64_t& coeff : source.product_coeffs) coeff *= scale;
+  for (auto& constraint : source.bodies.constraints) constraint.weight *= scale;
 }
 
 std::unique_ptr<Engine> quadratic_engine(Parts<int64_t> parts) {
@@ -147,6 +164,10 @@ std::unique_ptr<Engine> quadratic_engine(Parts<int64_t> parts) {
   const PairTable<int32_t> pairs = pair_table<int32_t>(parts.source);
   if (is_dense(pairs)) {
     return engine_on<DenseFields>(dense_table(pairs), parts, pairs, int64_t{0}, "int32");
+  }
+  if (auto narrow = narrow_table(pairs)) {
+    return engine_on<SparseFields<int32_t, NarrowLink>>(std::move(*narrow), parts, pairs,
+                                                        int64_t{0}, "int32");
   }
   return engine_on<SparseFields<int32_t>>(pairs, parts, pairs, int64_t{0}, "int32");
 }
@@ -173,6 +194,8 @@ std::unique_ptr<Engine> make_engine(const BinaryModel& model) {
   EnergyUnit unit;
   if (bound.fits(kMachineBits)) {
     Source<int64_t> source = source_of<int64_t>(model, folded, unit.constant);
+    unit.scale = uint64_t{1} << fine_bits(source, bound);
+    refine(source, static_cast<int64_t>(unit.scale));
     return machine_engine({model, std::move(source), std::move(unit)},
                           bound.fits(kMachineBits - kMaxSpinDegree));
   }

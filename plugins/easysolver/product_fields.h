@@ -19,8 +19,8 @@ class ProductFields {
 
   explicit ProductFields(const Table& table)
       : table_(&table),
-        fields_(table.size() + kLanes),
-        signs_(table.size() + kLanes),
+        fields_(table.size() + kBlock),
+        signs_(table.size() + kBlock),
         false_ones_(table.coeffs.size()) {}
 
   void clear() {

@@ -27,6 +27,7 @@ class EngineOf final : public Engine {
 
   void search(SharedSearch& shared, const SearchParams& params, const uint64_t* hint) override {
     tally_ = {};
+    Population<Energy> population;
     ElitePool<Energy> elites(kElites);
     std::vector<std::thread> threads;
     std::vector<Tally> tallies(params.threads);
@@ -38,7 +39,7 @@ class EngineOf final : public Engine {
         walk.randomize();
       }
       walk.note();
-      Portfolio<Fields>(walk, elites, groups_).run();
+      Portfolio<Fields>(walk, population, elites, groups_).run();
       tallies[t] = {walk.state.flips(), walk.sweeps, walk.restarts};
     };
     for (uint32_t t = 1; t < params.threads; ++t) threads.emplace_back(run, t);

@@ -11,14 +11,14 @@
 
 namespace zorv::plugin::easy {
 
-template <typename Num>
+template <typename Num, typename Link = WideLink<Num>>
 class SparseFields {
  public:
   using Number = Num;
-  using Table = PairTable<Num>;
+  using Table = PairTable<Num, Link>;
 
   explicit SparseFields(const Table& table)
-      : table_(&table), fields_(table.size() + kLanes), signs_(table.size() + kLanes) {}
+      : table_(&table), fields_(table.size() + kBlock), signs_(table.size() + kBlock) {}
 
   // Starts anew from the assignment of zeros.
   void clear() {
@@ -36,9 +36,9 @@ class SparseFields {
   // The coefficient of the pair, 0 where there is none.
   Num link(uint32_t i, uint32_t j) const {
     const auto* const end = table_->links.data() + table_->head[i + 1];
-    const auto* const at = std::lower_bound(
-        table_->links.data() + table_->head[i], end, j,
-        [](const auto& link, uint32_t variable) { return link.variable < variable; });
+    const auto* const at =
+        std::lower_bound(table_->links.data() + table_->head[i], end, j,
+                         [](const Link& l, uint32_t variable) { return l.variable < variable; });
     return at != end && at->variable == j ? at->coeff : Num(0);
   }
 
@@ -52,7 +52,7 @@ class SparseFields {
     Num* const fields = fields_.data();
     const auto* const end = table_->links.data() + table_->head[j + 1];
     for (const auto* link = table_->links.data() + table_->head[j]; link != end; ++link) {
-      fields[link->variable] += signed_value<Num>(link->coeff, sign);
+      fields[link->variable] += signed_value<Num>(Num(link->coeff), sign);
     }
   }
 

@@ -1,7 +1,7 @@
 // Fields of a polynomial in spins. Each term's value is kept; the flip of a spin negates the values
-// of its terms, and raises the energy by -2 times their sum. Kept are these rises themselves, so
-// all signs are 0. The flipped spin is updated like all others of its terms: that adds up to its
-// rise negated, as it has to be.
+// of its terms, and raises the energy by -2 times their sum. Kept are these rises themselves. The
+// flipped spin is updated like all others of its terms: that adds up to its rise negated, as it has
+// to be.
 #pragma once
 
 #include <algorithm>
@@ -19,10 +19,7 @@ class SpinFields {
   using Table = SpinTable<Num>;
 
   explicit SpinFields(const Table& table)
-      : table_(&table),
-        fields_(table.size() + kLanes),
-        signs_(table.size() + kLanes),
-        values_(table.coeffs.size()) {}
+      : table_(&table), fields_(table.size() + kBlock), values_(table.coeffs.size()) {}
 
   void clear() {
     std::fill(fields_.begin(), fields_.end(), 0);
@@ -51,7 +48,7 @@ class SpinFields {
   }
 
   const Num* fields() const { return fields_.data(); }
-  const SignOf<Num>* signs() const { return signs_.data(); }
+  const SignOf<Num>* signs() const { return nullptr; }
   uint64_t work_of_flip(uint32_t j) const {
     return table_->degree * (table_->use_head[j + 1] - table_->use_head[j]);
   }
@@ -72,7 +69,6 @@ class SpinFields {
 
   const Table* table_;
   std::vector<Num> fields_;
-  std::vector<SignOf<Num>> signs_;
   std::vector<Num> values_;
 };
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "easysolver/bodies.h"
+#include "easysolver/kernels.h"
 
 namespace zorv::plugin::easy {
 
@@ -36,6 +37,13 @@ class State {
     Energy rise = fields_.delta(i);
     if (!bodies_.empty()) rise += bodies_.delta(i, is_one(i));
     return rise;
+  }
+
+  // Whether the rises by all flips lie in two arrays of 32-bit numbers, as the kernels want them.
+  bool has_vectors() const { return std::is_same_v<Number, int32_t> && bodies_.empty(); }
+  // What it costs to look at the rises by all flips, in touched numbers.
+  uint64_t work_of_look() const {
+    return has_vectors() ? size() / kLanes + 1 : size() + 2 * bodies_.uses();
   }
 
   // The rise by several flips of different variables together.
@@ -68,6 +76,9 @@ class State {
       if (x_[i] != x[i]) flip(i);
     }
   }
+
+  // Penalties count with these weights from now on.
+  void set_weights(const std::vector<Energy>& weights) { energy_ += bodies_.set_weights(weights); }
 
   void clear() {
     fields_.clear();

@@ -9,14 +9,23 @@
 
 namespace zorv::plugin::easy {
 
+template <typename Num>
+struct WideLink {
+  uint32_t variable;
+  Num coeff;
+};
+// Where it suffices: the links of many models then stay in the caches close to the processor.
+struct NarrowLink {
+  uint16_t variable;
+  int16_t coeff;
+};
+
 // Terms of degrees 1 and 2. The links of variable i are links[head[i]] .. links[head[i + 1] - 1],
 // one for each variable that it shares a term with, ascending.
-template <typename Num>
+template <typename Num, typename LinkOf = WideLink<Num>>
 struct PairTable {
-  struct Link {
-    uint32_t variable;
-    Num coeff;
-  };
+  using Link = LinkOf;
+
   std::vector<Num> linear;
   std::vector<uint64_t> head = {0};
   std::vector<Link> links;
@@ -28,7 +37,7 @@ struct PairTable {
 // the other one is empty.
 struct DenseTable {
   std::vector<int32_t> linear;
-  size_t stride = 0;  // a multiple of kLanes
+  size_t stride = 0;  // a multiple of 2 * kLanes
   std::vector<int16_t> narrow;
   std::vector<int32_t> wide;
 

@@ -26,6 +26,8 @@ class Walk {
   Random random;
   Draws draws;
   uint64_t sweeps = 0, restarts = 0;
+  bool is_silent =
+      false;  // whether the state's energy is not that of the model, and not to be told
 
   uint32_t size() const { return state.size(); }
 
@@ -37,6 +39,7 @@ class Walk {
 
   // Tells the others of the present state if it is a record of this walk, or fit for a list.
   void note() {
+    if (is_silent) return;
     const bool is_record = !has_record_ || state.energy() < record_;
     if (is_record) record_ = state.energy(), has_record_ = true;
     if (is_record || is_wanted(state.energy())) {
@@ -45,6 +48,7 @@ class Walk {
   }
   // Where lists are kept: also of all neighbours.
   void note_neighbours() {
+    if (is_silent) return;
     note();
     if (!shared_.keeps_lists()) return;
     for (uint32_t i = 0; i < size(); ++i) {
