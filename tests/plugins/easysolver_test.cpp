@@ -6,7 +6,7 @@
 #include <map>
 #include <set>
 
-#include "plugins/abi_model.h"
+#include "plugins/found.h"
 
 namespace zorv::test {
 namespace {
@@ -21,36 +21,6 @@ struct Easy {
   static constexpr auto set_remainder = zorv_easy_solver_set_remainder;
 };
 using Solver = Handle<Easy>;
-
-struct Found {
-  Coeff energy;
-  uint64_t state;
-  bool operator==(const Found&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const Found& f) {
-  return out << f.energy << " at " << f.state;
-}
-
-class Output {
- public:
-  explicit Output(uint64_t variables)
-      : nbits_(static_cast<uint32_t>(variables)), nwords_((nbits_ + 63) / 64) {}
-  ~Output() { std::free(energy_.limbs); }
-  SolutionOut* record() { return &record_; }
-  Found found() const {
-    Coeff energy = 0;
-    for (uint32_t i = energy_.nlimbs; i > 0; --i) energy = (energy << 64) + energy_.limbs[i - 1];
-    EXPECT_TRUE(tts_ >= 0 && tts_ < 1e3);
-    return {energy * energy_.sign, state_};
-  }
-
- private:
-  uint32_t nbits_, nwords_;
-  CoeffWire energy_ = {0, 0, nullptr};
-  uint64_t state_ = 0;
-  double tts_ = -1;
-  SolutionOut record_ = {&nbits_, &nwords_, &energy_, nwords_ != 0 ? &state_ : nullptr, &tts_};
-};
 
 struct Answer {
   Found best;
@@ -82,17 +52,6 @@ std::map<std::string, std::string> facts_of(const Solver& solver) {
   for (InfoPair* pair = info; pair->key != nullptr; ++pair) facts[pair->key] = pair->value;
   zorv_easy_solver_free_info(info);
   return facts;
-}
-
-// By energy.
-std::vector<Found> all_states(const AbiModel& m) {
-  std::vector<Found> all;
-  for (uint64_t state = 0; state < uint64_t{1} << m.variables; ++state) {
-    all.push_back({m.energy(state), state});
-  }
-  std::stable_sort(all.begin(), all.end(),
-                   [](const Found& a, const Found& b) { return a.energy < b.energy; });
-  return all;
 }
 
 // The lowest energy that ends a search: that of the best state if it holds all requirements.
