@@ -1,6 +1,9 @@
 // The assignments that annealing breeds from, of all threads: first some from nowhere, then always
 // a child of two of them, which takes the place of the worse parent. When no child has been better
 // than what it replaced for a while, all look alike, and a new era begins with none of them.
+// Annealing takes few sweeps at first, so that there is an answer soon, and more in later eras.
+// (Memetic search; for quadratic models Lu, Glover, Hao, "A hybrid metaheuristic approach to
+// solving the UBQP problem".)
 #pragma once
 
 #include <algorithm>
@@ -43,6 +46,7 @@ class Population {
       members_.push_back({Assignment(x, x + n), energy});
       return;
     }
+    if (!order.has_parents) return;  // too late
     ++failures_;
     const uint32_t worse =
         members_[order.mother].energy < members_[order.father].energy ? order.father : order.mother;
