@@ -55,7 +55,7 @@ class Population {
       if (energy < place.energy) failures_ = 0;
       place = {Assignment(x, x + n), energy};
     }
-    if (failures_ >= kPatience) begin_era();
+    if (failures_ >= patience()) begin_era();
   }
 
  private:
@@ -63,10 +63,12 @@ class Population {
     Assignment x;
     Energy energy;
   };
-  // 12 and 30 members were no better, nor was a patience of 20 or 40.
+  // 12 and 30 members were no better.
   static constexpr uint32_t kRoom = 20;
-  static constexpr uint32_t kPatience = 60;  // children without an improvement that end an era
   static constexpr uint64_t kFirstSweeps = 200, kMostSweeps = 1800, kGrowth = 3;
+
+  // Children without an improvement that end an era. Those with few sweeps are but to begin with.
+  uint32_t patience() const { return sweeps_ < kMostSweeps ? kRoom : 3 * kRoom; }
 
   // Whether another one than `except` is nearly the same, or its complement.
   bool is_known(const uint8_t* x, size_t n, const Energy& energy, uint32_t except) const {
