@@ -41,10 +41,12 @@ class SoftWeights {
 
   template <typename Fields>
   void soften(Walk<Fields>& walk) {
-    soft_.clear();
+    soft_ = hard_;
     for (uint32_t c = 0; c < hard_.size(); ++c) {
-      heights_[c] = std::min(1.0, std::max(heights_[c], 1 / to_double(hard_[c])));
-      soft_.push_back(std::min(hard_[c], Energy(std::ceil(heights_[c] * to_double(hard_[c])))));
+      const double hard = to_double(hard_[c]);
+      heights_[c] = std::min(1.0, std::max(heights_[c], 1 / hard));
+      const double soft = std::ceil(heights_[c] * hard);
+      if (std::isfinite(soft)) soft_[c] = std::min(hard_[c], Energy(soft));
     }
     walk.is_silent = true;
     walk.state.set_weights(soft_);

@@ -81,6 +81,17 @@ TEST(EasySolver, ReachesTheOptimumOfSmallModelsOfEveryKind) {
   }
 }
 
+// Temperatures and weights are doubles, which are infinite there.
+TEST(EasySolver, TakesNumbersThatNoDoubleHolds) {
+  RandomModels models(5);
+  for (int round = 0; round < 12; ++round) {
+    const AbiModel m = models.make(6, Coeff(1) << 1100);
+    const std::vector<Found> all = all_states(m);
+    const Answer answer = search(Solver(m), 6, {{"seed", "1"}, {"time_limit", "0.05"}});
+    EXPECT_EQ(answer.best.energy, all[0].energy) << "round " << round;
+  }
+}
+
 // Larger coefficients than fields of 32 bits hold, sums beyond 64 bits.
 TEST(EasySolver, PicksTheNumbers) {
   const std::string numbers[] = {"int32", "int64", "unbounded"};
