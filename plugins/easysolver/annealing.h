@@ -1,7 +1,8 @@
 // Simulated annealing by sweeps: all variables in their order, each flipped if that raises the
 // energy by no more than the temperature times -log(u). At low temperatures nearly all are
-// rejected, a block at a time. What passes is looked at again when its turn comes, since flips in
-// its block have come before; what only these let pass waits for the next sweep.
+// rejected, a block at a time; after a flip that changes others of its block the rest of the block
+// is tested anew, so the result is that of one variable after the other. (Without that, what such a
+// flip lets pass would wait for the next sweep, and a torus took thirty times as long.)
 #pragma once
 
 #include <algorithm>
@@ -17,8 +18,8 @@ struct Schedule {
   uint64_t sweeps;
 };
 
-// Which of the variables from `begin` on, at most kBlock of them, may pass; at least those that do
-// as the state is now.
+// Which of the variables from `begin` on, at most kBlock of them, pass as the state is now; or all
+// of them, where passes() has to tell.
 template <typename Fields>
 uint64_t candidates(const State<Fields>& state, const float* draws, double temperature,
                     uint32_t begin, uint32_t count) {
@@ -51,12 +52,15 @@ void sweep(Walk<Fields>& walk, double temperature) {
     }
     const uint32_t count = std::min<uint32_t>(kBlock, state.size() - begin);
     const float* const own = draws + begin % Draws::kWindow;
-    for (uint64_t mask = candidates(state, own, temperature, begin, count); mask != 0;
-         mask &= mask - 1) {
+    uint64_t mask = candidates(state, own, temperature, begin, count);
+    while (mask != 0) {
       const auto k = static_cast<uint32_t>(std::countr_zero(mask));
-      if (!passes(state, begin + k, temperature * own[k])) continue;
+      mask &= mask - 1;
+      if (!state.has_vectors() && !passes(state, begin + k, temperature * own[k])) continue;
       work += state.fields().work_of_flip(begin + k) + 1;
       state.flip(begin + k);
+      if (!state.has_vectors() || !state.fields().changes_own_block(begin + k)) continue;
+      mask = candidates(state, own, temperature, begin, count) & ~uint64_t{1} << k;
     }
   }
   ++walk.sweeps;

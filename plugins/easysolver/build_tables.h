@@ -76,6 +76,11 @@ PairTable<Num> pair_table(const Source<E>& source) {
     table.head.push_back(static_cast<uint64_t>(last - links));
   }
   table.links.resize(table.head.back());
+  for (uint32_t i = 0; i < n; ++i) {
+    table.links_on.push_back(std::any_of(
+        links + table.head[i], links + table.head[i + 1],
+        [&](const Link& l) { return l.variable > i && l.variable / kBlock == i / kBlock; }));
+  }
   return table;
 }
 
@@ -92,6 +97,7 @@ inline std::optional<PairTable<int32_t, NarrowLink>> narrow_table(const PairTabl
   }
   table.linear = pairs.linear;
   table.head = pairs.head;
+  table.links_on = pairs.links_on;
   return table;
 }
 

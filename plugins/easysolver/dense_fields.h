@@ -40,6 +40,7 @@ class DenseFields {
 
   const int32_t* fields() const { return rises_.data(); }
   const int32_t* signs() const { return nullptr; }
+  bool changes_own_block(uint32_t) const { return true; }
   uint64_t work_of_flip(uint32_t) const { return table_->stride / kLanes; }
 
  private:

@@ -49,6 +49,7 @@ class ProductFields {
 
   const Num* fields() const { return fields_.data(); }
   const SignOf<Num>* signs() const { return signs_.data(); }
+  bool changes_own_block(uint32_t) const { return true; }
   uint64_t work_of_flip(uint32_t j) const {
     return table_->pairs.head[j + 1] - table_->pairs.head[j] +
            4 * (table_->use_head[j + 1] - table_->use_head[j]);

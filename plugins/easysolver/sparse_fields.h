@@ -44,6 +44,8 @@ class SparseFields {
 
   const Num* fields() const { return fields_.data(); }
   const SignOf<Num>* signs() const { return signs_.data(); }
+  // Whether the flip of j changes the field of a later variable of the same block.
+  bool changes_own_block(uint32_t j) const { return table_->links_on[j] != 0; }
   // What flips cost, in touched fields.
   uint64_t work_of_flip(uint32_t j) const { return table_->head[j + 1] - table_->head[j]; }
 

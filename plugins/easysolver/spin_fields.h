@@ -49,6 +49,7 @@ class SpinFields {
 
   const Num* fields() const { return fields_.data(); }
   const SignOf<Num>* signs() const { return nullptr; }
+  bool changes_own_block(uint32_t) const { return true; }
   uint64_t work_of_flip(uint32_t j) const {
     return table_->degree * (table_->use_head[j + 1] - table_->use_head[j]);
   }

@@ -29,6 +29,7 @@ struct PairTable {
   std::vector<Num> linear;
   std::vector<uint64_t> head = {0};
   std::vector<Link> links;
+  std::vector<uint8_t> links_on;  // whether a variable has links to later ones of its block
 
   uint32_t size() const { return static_cast<uint32_t>(linear.size()); }
 };
