@@ -1,9 +1,9 @@
 // Annealing that breeds: its starts are children of two earlier results, with random values where
 // these differ.
 //
-// Against starts from nowhere, on one thread: the best known maximum cut of G22 in 3.7 s in place
-// of 9.3, that of G14 in 2.5 s, where 2 of 10 seeds reached it in ten, and G55 after ten seconds at
-// 10295 in place of 10290. Tried in place of the random values, and worse: one parent alone, the
+// Against starts from nowhere, on one thread: the best known maximum cut of G22 in 1.5 s in place
+// of 9.3, that of G14 in 5.8 s, where 2 of 10 seeds reached it in ten, and G55 after ten seconds at
+// 10297 in place of 10290. Tried in place of the random values, and worse: one parent alone, the
 // middle of a path between them (G14 in twice the time), an annealing of the blocks of variables
 // that move together between the parents (G55 2 to 5 lower); and annealing again only what lies
 // around one variable.
