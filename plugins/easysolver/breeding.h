@@ -3,10 +3,10 @@
 //
 // Against starts from nowhere, on one thread: the best known maximum cut of G22 in 1.5 s in place
 // of 9.3, that of G14 in 5.8 s, where 2 of 10 seeds reached it in ten, and G55 after ten seconds at
-// 10297 in place of 10290. Tried in place of the random values, and worse: one parent alone, the
-// middle of a path between them (G14 in twice the time), an annealing of the blocks of variables
-// that move together between the parents (G55 2 to 5 lower); and annealing again only what lies
-// around one variable.
+// 10297 in place of 10290. Tried in place of the random values, and worse: one parent alone (G14
+// in up to twice the time), the middle of a path between them (G22), an annealing of the blocks of
+// variables that move together between the parents (G55 2 to 5 lower); and annealing again only
+// what lies around one variable.
 #pragma once
 
 #include <algorithm>

@@ -62,7 +62,7 @@ class SoftWeights {
 
  private:
   // Against a usual step of the objective, how much a usual violation costs at first. With 4 the
-  // search takes longer; with a kUp of 1.3 or 2 the weights end up too high.
+  // search takes longer; a kUp of 1.3 or 2 is worse.
   static constexpr double kFirst = 40;
   static constexpr double kUp = 1.1, kDown = 0.97;
 
