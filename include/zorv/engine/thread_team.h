@@ -1,0 +1,56 @@
+// Threads that share one task. Nobody may count on getting all of them: a system that has no more
+// threads to give leaves a smaller team, down to an empty one, so the work must be such that fewer
+// threads, or the caller alone, get it done.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <thread>
+#include <vector>
+
+namespace zorv {
+
+// No team is larger, whatever was asked for: a count such as 4,294,967,295, which is how "-1" reads
+// in 32 bits, must not use up the threads of the whole machine.
+inline constexpr uint32_t kMostThreads = 1024;
+
+class ThreadTeam {
+ public:
+  // Starts up to `count` threads; thread i of them calls work(i) and keeps its own copy of `work`.
+  // An exception that leaves `work` ends the process.
+  template <typename Work>
+  ThreadTeam(uint32_t count, const Work& work);
+  ThreadTeam(const ThreadTeam&) = delete;
+  ThreadTeam& operator=(const ThreadTeam&) = delete;
+  ~ThreadTeam() { join(); }
+
+  // How many threads could be started.
+  uint32_t size() const { return static_cast<uint32_t>(threads_.size()); }
+  // Waits for all of them. The destructor does the same.
+  void join();
+
+ private:
+  std::vector<std::thread> threads_;
+};
+
+template <typename Work>
+ThreadTeam::ThreadTeam(uint32_t count, const Work& work) {
+  count = std::min(count, kMostThreads);
+  threads_.reserve(count);
+  try {
+    for (uint32_t i = 0; i < count; ++i) {
+      threads_.emplace_back([work, i]() noexcept { work(i); });
+    }
+  } catch (const std::exception&) {
+    // Out of threads or of memory for them: those that run are the team.
+  }
+}
+
+inline void ThreadTeam::join() {
+  for (std::thread& thread : threads_) {
+    if (thread.joinable()) thread.join();
+  }
+}
+
+}  // namespace zorv
