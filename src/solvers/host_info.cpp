@@ -291,10 +291,15 @@ std::string gpu_info() {
 }
 
 void add_host_info(SearchResult& result) {
-  add_info(result, "os", os_info());
-  add_info(result, "cpu", cpu_info());
-  add_info(result, "gpu", gpu_info());
-  add_info(result, "ram", ram_info());
+  struct HostFacts {
+    const std::string os = os_info(), cpu = cpu_info(), gpu = gpu_info(), ram = ram_info();
+  };
+  // Never destroyed, so that a search may run as late as another object's destruction.
+  static const HostFacts& facts = *new HostFacts;
+  add_info(result, "os", facts.os);
+  add_info(result, "cpu", facts.cpu);
+  add_info(result, "gpu", facts.gpu);
+  add_info(result, "ram", facts.ram);
 }
 
 }  // namespace zorv

@@ -1,8 +1,9 @@
 // What a search result tells about the machine that computed it.
 //
-// Every query asks the operating system afresh and keeps nothing. A source that is missing or
-// unreadable is passed over, and where no source is left the answer is a fixed word, so no query
-// ever fails. Some start `lscpu` or load the GPU vendor's library: once a search, not in a loop.
+// Every query asks the operating system afresh. A source that is missing or unreadable is passed
+// over, and where no source is left the answer is a fixed word, so no query ever fails. Some start
+// `lscpu` or load the GPU vendor's library, which takes many times as long as a short search: what
+// all results tell is asked for once a process.
 #pragma once
 
 #include <optional>
@@ -51,7 +52,7 @@ std::string gpu_text(const std::vector<std::string>& names);
 std::vector<std::string> gpu_names(const GpuLibrary& library);
 std::string gpu_info();
 
-// Appends "os", "cpu", "gpu" and "ram", in this order.
+// Appends "os", "cpu", "gpu" and "ram", in this order, as they were when the first result was made.
 void add_host_info(SearchResult& result);
 
 }  // namespace zorv

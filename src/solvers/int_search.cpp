@@ -1,12 +1,12 @@
 #include "solvers/int_search.h"
 
 #include <cassert>
-#include <condition_variable>
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "core/fatal.h"
@@ -16,6 +16,8 @@
 #include "solvers/search_core.h"
 #include "solvers/search_params.h"
 #include "solvers/search_worker.h"
+#include "zorv/engine/mutex.h"
+#include "zorv/engine/thread_team.h"
 
 namespace zorv {
 
@@ -35,52 +37,58 @@ void check_hint(const ModelImpl& model, const IntSearchOpts& opts, const coeff_t
   }
 }
 
-// The threads of a search, joined when they go out of scope. The calling thread waits in short
+// The workers of a search on threads of their own. The calling thread waits for them in short
 // turns, because it also serves the timer.
 class WorkerThreads {
  public:
-  WorkerThreads(IntSearchCore& core, const std::function<void(uint32_t)>& work)
-      : core_(core), work_(work) {}
-  ~WorkerThreads() {
-    for (std::thread& thread : threads_) thread.join();
+  explicit WorkerThreads(IntSearchCore& core) : core_(core) {}
+
+  // Returns how many threads there were: as many as asked for, unless the system had fewer to give.
+  uint32_t run(const std::function<void(uint32_t)>& work) {
+    const ThreadTeam team(core_.opts.threads, [this, &work](uint32_t thread) {
+      work(thread);
+      const MutexLock lock(mutex_);
+      ++ended_;
+      last_end_.notify_one();
+    });
+    if (team.size() == 0 && core_.opts.threads > 0) {
+      work(0);
+      return 1;
+    }
+    serve_timer_until_ended(team.size());
+    return team.size();
   }
 
-  void run(uint32_t count) try {
-    running_ = count;
-    for (uint32_t t = 0; t < count; ++t) {
-      threads_.emplace_back([this, t] {
-        work_(t);
-        const std::lock_guard lock(mutex_);
-        if (--running_ == 0) finished_.notify_one();
-      });
-    }
-    std::unique_lock lock(mutex_);
-    while (!finished_.wait_for(lock, kPollPeriod, [this] { return running_ == 0; })) {
-      lock.unlock();
-      core_.serve_timer();
-      lock.lock();
-    }
+ private:
+  void serve_timer_until_ended(uint32_t threads) try {
+    while (!wait_for_end(threads)) core_.serve_timer();
   } catch (...) {
-    // A thread that cannot be started is the caller's to hear about, after the others have ended.
+    // What a callback throws passes on to the caller, after the threads have ended.
     core_.stop.store(1, std::memory_order_relaxed);
     throw;
   }
 
- private:
+  // Waits for one turn at most.
+  bool wait_for_end(uint32_t threads) {
+    const auto end_of_turn = std::chrono::steady_clock::now() + kPollPeriod;
+    const MutexLock lock(mutex_);
+    while (ended_ < threads) {
+      if (!last_end_.wait_until(mutex_, end_of_turn)) break;
+    }
+    return ended_ >= threads;
+  }
+
   IntSearchCore& core_;
-  const std::function<void(uint32_t)>& work_;
-  std::vector<std::thread> threads_;
-  std::mutex mutex_;
-  std::condition_variable finished_;
-  uint32_t running_ = 0;  // guarded by mutex_
+  Mutex mutex_;
+  Condition last_end_;
+  uint32_t ended_ ZORV_GUARDED_BY(mutex_) = 0;  // workers that have come to their end
 };
 
-void run_workers(IntSearchCore& core, const std::function<void(uint32_t)>& work) {
-  if (core.opts.threads < 2 && core.opts.callback == nullptr) {
-    work(0);
-  } else {
-    WorkerThreads(core, work).run(core.opts.threads);
-  }
+// Returns the number of threads.
+uint32_t run_workers(IntSearchCore& core, const std::function<void(uint32_t)>& work) {
+  if (core.opts.threads >= 2 || core.opts.callback != nullptr) return WorkerThreads(core).run(work);
+  work(0);
+  return 1;
 }
 
 // The incremental energies of the best state must come to what the definition says.
@@ -96,7 +104,7 @@ void check_best(const IntSearchCore& core) {
   }
 }
 
-SearchResult make_result(const IntSearchCore& core) {
+SearchResult make_result(const IntSearchCore& core, uint32_t threads) {
   const ModelImpl& model = core.model;
   SearchResult result;
   result.energy = core.best_energy;
@@ -109,7 +117,7 @@ SearchResult make_result(const IntSearchCore& core) {
         {entry.energy, entry.tts, words_of(model, entry.state), ints_of(model, entry.state)});
   }
   add_run_time(result, core.elapsed_seconds());
-  add_info(result, "threads", std::to_string(core.opts.threads));
+  add_info(result, "threads", std::to_string(threads));
   add_info(result, "rounds", std::to_string(core.rounds.load()));
   add_info(result, "proposals", std::to_string(core.proposals.load()));
   add_info(result, "engine", core.opts.round_handle != nullptr ? "integer-cpu+gpu" : "integer-cpu");
@@ -123,12 +131,12 @@ class RoundsBeside {
  public:
   RoundsBeside(IntSearchCore& core, const SearchTables<Number>& tables) : rounds_(core, tables) {
     if (core.opts.round_handle != nullptr && core.opts.round_fn != nullptr) {
-      thread_ = std::thread([this] { rounds_.run(); });
+      thread_.emplace(1, [this](uint32_t) { rounds_.run(); });
     }
   }
   ~RoundsBeside() {
-    if (!thread_.joinable()) return;
-    thread_.join();
+    if (!thread_) return;
+    thread_->join();
     if (std::getenv("ZORV_KLB5_INT_DEBUG") == nullptr) return;
     std::cerr << "[klb5-int-gpu] rounds=" << rounds_.rounds()
               << " submissions=" << rounds_.submissions() << "\n";
@@ -136,7 +144,7 @@ class RoundsBeside {
 
  private:
   RoundThread<Number> rounds_;
-  std::thread thread_;
+  std::optional<ThreadTeam> thread_;
 };
 
 template <typename Number>
@@ -144,12 +152,14 @@ SearchResult search_with(const ModelImpl& model, const IntSearchOpts& opts) {
   const SearchTables<Number> tables(model);
   IntSearchCore core(model, opts);
   core.fire_start_event();
+  uint32_t threads = 0;
   {
     const RoundsBeside<Number> rounds(core, tables);
-    run_workers(core, [&](uint32_t thread) { SearchWorker<Number>(core, tables, thread).run(); });
+    threads = run_workers(
+        core, [&](uint32_t thread) { SearchWorker<Number>(core, tables, thread).run(); });
   }
   check_best(core);
-  return make_result(core);
+  return make_result(core, threads);
 }
 
 }  // namespace

@@ -262,7 +262,7 @@ SearchResult Klb5Solver::search_unified(const ParamPair* params) {
   Klb5SolutionBuffer best(bit_count());
   std::vector<coeff_t> ints(int_count());
   const auto set_running = [&](void* running) {
-    const std::lock_guard lock(hint_mutex_);
+    const MutexLock lock(hint_mutex_);
     unified_solver_ = running;
   };
   set_running(solver);
@@ -324,7 +324,7 @@ void Klb5Solver::store_hint(const Sol& sol) {
   for (uint64_t j = 0; j < int_count(); ++j) {
     if (sol.int_vals[j] < model_->int_lo[j] || model_->int_hi[j] < sol.int_vals[j]) return;
   }
-  const std::lock_guard lock(hint_mutex_);
+  const MutexLock lock(hint_mutex_);
   pending_bits_ = sol.bits;
   pending_ints_ = sol.int_vals;
   for (std::atomic<bool>& is_pending : is_pending_) is_pending = true;
@@ -338,7 +338,7 @@ bool Klb5Solver::take_pending_hint(void* ctx, uint32_t consumer, uint64_t* words
   Klb5Solver& solver = *static_cast<Klb5Solver*>(ctx);
   std::atomic<bool>& is_pending = solver.is_pending_[consumer];
   if (!is_pending) return false;
-  const std::lock_guard lock(solver.hint_mutex_);
+  const MutexLock lock(solver.hint_mutex_);
   if (!is_pending) return false;
   std::copy_n(solver.pending_bits_.begin(), (solver.bit_count() + 63) / 64, words);
   std::copy_n(solver.pending_ints_.begin(), solver.int_count(), ints);

@@ -9,13 +9,13 @@
 
 #include <array>
 #include <atomic>
-#include <mutex>
 #include <vector>
 
 #include "model/model.h"
 #include "solvers/int_search.h"
 #include "solvers/library_model.h"
 #include "solvers/search_result.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv {
 
@@ -86,11 +86,11 @@ class Klb5Solver {
   std::atomic<uint8_t> stop_{0};
   static_assert(sizeof(std::atomic<uint8_t>) == 1);  // libraries read it as a byte
 
-  std::mutex hint_mutex_;
-  std::vector<uint64_t> pending_bits_;
-  std::vector<coeff_t> pending_ints_;
+  Mutex hint_mutex_;
+  std::vector<uint64_t> pending_bits_ ZORV_GUARDED_BY(hint_mutex_);
+  std::vector<coeff_t> pending_ints_ ZORV_GUARDED_BY(hint_mutex_);
   std::array<std::atomic<bool>, 2> is_pending_{};  // by consumer; set and cleared under the mutex
-  void* unified_solver_ = nullptr;                 // while a unified search runs
+  void* unified_solver_ ZORV_GUARDED_BY(hint_mutex_) = nullptr;  // while a unified search runs
 };
 
 }  // namespace zorv

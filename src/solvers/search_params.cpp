@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -41,7 +42,9 @@ void read_threads(const char* value, IntSearchOpts& opts) {
 }
 
 void read_time_limit(const char* value, IntSearchOpts& opts) {
-  opts.time_limit = std::strtod(value, nullptr);
+  const double seconds = std::strtod(value, nullptr);
+  // "nan" is text without digits, which reads as 0; no time would ever be beyond it.
+  opts.time_limit = std::isnan(seconds) ? 0.0 : seconds;
 }
 
 void read_topk_sols(const char* value, IntSearchOpts& opts) {

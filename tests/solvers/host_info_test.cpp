@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <regex.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -259,6 +260,17 @@ TEST(HostInfo, ResultsListTheHostInAFixedOrder) {
   }
   EXPECT_TRUE(matches(result.info[4].value, "[0-9]+\\.[0-9]{3} GiB"));
   EXPECT_TRUE(matches(result.info[2].value, ".*  \\(max .* GHz, .* cores.*\\)"));
+}
+
+TEST(HostInfo, OnlyTheFirstResultStartsProcesses) {
+  SearchResult first, second;
+  add_host_info(first);
+  rusage before, after;
+  getrusage(RUSAGE_CHILDREN, &before);
+  add_host_info(second);
+  getrusage(RUSAGE_CHILDREN, &after);
+  EXPECT_EQ(before.ru_minflt, after.ru_minflt);  // every child touches pages
+  EXPECT_EQ(first.info[1].value, second.info[1].value);
 }
 
 TEST(LibraryText, AnswersItsKeysAndRefusesOthers) {
