@@ -26,43 +26,70 @@ uint64_t asked_count(const BinaryConstraint& c) {
   return count > 0 && count < c.linear_count ? static_cast<uint64_t>(count) : 0;
 }
 
+// A variable is hopeless when one of its links of the largest coefficient is in no set, or when it
+// is in more sets than its linear coefficient allows. No set with it will do, so none is looked for
+// from there. Models of equal pairs that are not squares, such as independent sets, are through
+// after a few looks that way; for all others there is a budget.
 template <typename Num>
 class CliqueSearch {
  public:
   explicit CliqueSearch(const PairTable<Num>& pairs)
-      : pairs_(pairs), largest_(pairs.size()), is_used_(pairs.links.size()) {
+      : pairs_(pairs),
+        largest_(pairs.size()),
+        most_squares_(pairs.size()),
+        squares_(pairs.size()),
+        is_hopeless_(pairs.size()),
+        is_used_(pairs.links.size()),
+        budget_(kWorkPerLink * (pairs.links.size() + kFreeLinks)) {
     for (uint32_t i = 0; i < pairs.size(); ++i) {
+      if (pairs.linear[i] >= 0) continue;  // no set has that
       for (uint64_t k = pairs.head[i]; k < pairs.head[i + 1]; ++k) {
-        if (k == pairs.head[i] || pairs.links[k].coeff > largest_[i]) {
-          largest_[i] = pairs.links[k].coeff;
-        }
+        largest_[i] = std::max(largest_[i], pairs.links[k].coeff);
       }
-    }
-    for (uint32_t i = 0; i < pairs.size(); ++i) {  // where no linear coefficient can match
-      if (pairs.linear[i] >= 0) largest_[i] = 0;
+      if (largest_[i] > 0) most_squares_[i] = most_squares(i);
     }
   }
 
   Sets run() {
     Sets cliques;
     for (uint32_t i = 0; i < pairs_.size(); ++i) {
-      for (uint64_t k = pairs_.head[i]; k < pairs_.head[i + 1]; ++k) {
-        if (pairs_.links[k].variable < i || is_used_[k] != 0 || !is_strong(i, k)) continue;
-        std::vector<uint32_t> clique = grow(i, pairs_.links[k].variable);
+      for (uint64_t k = pairs_.head[i]; k < pairs_.head[i + 1] && is_hopeless_[i] == 0; ++k) {
+        const uint32_t j = pairs_.links[k].variable;
+        if (j < i || is_used_[k] != 0 || !is_strong(i, k)) continue;
+        if (squares_[i] >= most_squares_[i]) {
+          give_up(i);
+          break;
+        }
+        std::vector<uint32_t> clique = grow(i, j);
+        if (budget_ == 0) return with_matching_terms(std::move(cliques));
+        if (clique.size() < kLeastSet) {
+          is_hopeless_[i] = is_hopeless_[j] = 1;
+          break;
+        }
         mark(clique);
-        if (clique.size() >= kLeastSet) cliques.push_back(std::move(clique));
+        cliques.push_back(std::move(clique));
       }
     }
     return with_matching_terms(std::move(cliques));
   }
 
  private:
+  static constexpr uint64_t kWorkPerLink = 32, kFreeLinks = 1 << 12, kWorkOfLookUp = 8;
+
+  // The most squares that the linear coefficient allows, by the condition below.
+  uint32_t most_squares(uint32_t i) const {
+    const EnergyOf<Num> largest = largest_[i];
+    const EnergyOf<Num> most = (largest - 1 - 2 * EnergyOf<Num>(pairs_.linear[i])) / largest;
+    return static_cast<uint32_t>(std::min<EnergyOf<Num>>(most, UINT32_MAX));
+  }
+  void spend(uint64_t work) const { budget_ -= std::min(budget_, work); }
   bool is_strong(uint32_t i, uint64_t k) const {
     const Num& coeff = pairs_.links[k].coeff;
     return coeff > 0 && coeff == largest_[i] && coeff == largest_[pairs_.links[k].variable];
   }
   // The place of the link from i to j, or the end of the links.
   uint64_t link(uint32_t i, uint32_t j) const {
+    spend(kWorkOfLookUp);
     const auto begin = pairs_.links.begin() + static_cast<int64_t>(pairs_.head[i]);
     const auto end = pairs_.links.begin() + static_cast<int64_t>(pairs_.head[i + 1]);
     const auto at = std::lower_bound(begin, end, j, [](const auto& link, uint32_t variable) {
@@ -77,10 +104,11 @@ class CliqueSearch {
   }
   std::vector<uint32_t> grow(uint32_t i, uint32_t j) const {
     std::vector<uint32_t> clique = {i, j};
-    for (uint64_t k = pairs_.head[i]; k < pairs_.head[i + 1]; ++k) {
+    spend(pairs_.head[i + 1] - pairs_.head[i]);
+    for (uint64_t k = pairs_.head[i]; k < pairs_.head[i + 1] && budget_ != 0; ++k) {
       const uint32_t candidate = pairs_.links[k].variable;
       if (candidate == j || is_used_[k] != 0 || !is_strong(i, k)) continue;
-      if (std::all_of(clique.begin(), clique.end(),
+      if (std::all_of(clique.begin() + 1, clique.end(),
                       [&](uint32_t member) { return is_free(member, candidate); })) {
         clique.push_back(candidate);
       }
@@ -89,28 +117,35 @@ class CliqueSearch {
   }
   void mark(const std::vector<uint32_t>& clique) {
     for (const uint32_t i : clique) {
+      ++squares_[i];
       for (const uint32_t j : clique) {
         if (i != j) is_used_[link(i, j)] = 1;
       }
+    }
+  }
+  // What is left of the links of i will be in no set, nor so for the variables at their other ends.
+  void give_up(uint32_t i) {
+    for (uint64_t k = pairs_.head[i]; k < pairs_.head[i + 1]; ++k) {
+      if (is_used_[k] == 0 && is_strong(i, k)) is_hopeless_[pairs_.links[k].variable] = 1;
     }
   }
   // In g squares of weight w, which give pairs of 2w, a variable has the linear coefficient -gw;
   // what the objective adds must be less than one of them, and no pair outside may weigh as much.
   // Without this, chance triangles of largest coefficients in dense models counted as sets.
   Sets with_matching_terms(Sets cliques) const {
-    std::vector<uint32_t> squares(pairs_.size()), partners(pairs_.size());
+    std::vector<uint32_t> partners(pairs_.size());
     for (const auto& clique : cliques) {
-      for (const uint32_t i : clique) {
-        ++squares[i];
-        partners[i] += static_cast<uint32_t>(clique.size()) - 1;
-      }
+      for (const uint32_t i : clique) partners[i] += static_cast<uint32_t>(clique.size() - 1);
     }
-    const auto is_plain = [&](uint32_t i) {
-      const Coeff rest = 2 * Coeff(pairs_.linear[i]) + squares[i] * Coeff(largest_[i]);
-      return magnitude(rest) < Coeff(largest_[i]) && heavy_links(i) == partners[i];
-    };
+    std::vector<uint8_t> is_plain(pairs_.size());
+    for (uint32_t i = 0; i < pairs_.size(); ++i) {
+      if (partners[i] == 0) continue;
+      const EnergyOf<Num> rest = 2 * EnergyOf<Num>(pairs_.linear[i]) +
+                                 EnergyOf<Num>(squares_[i]) * EnergyOf<Num>(largest_[i]);
+      is_plain[i] = magnitude(rest) < largest_[i] && heavy_links(i) == partners[i];
+    }
     std::erase_if(cliques, [&](const auto& clique) {
-      return !std::all_of(clique.begin(), clique.end(), is_plain);
+      return std::any_of(clique.begin(), clique.end(), [&](uint32_t i) { return !is_plain[i]; });
     });
     return cliques;
   }
@@ -123,8 +158,12 @@ class CliqueSearch {
   }
 
   const PairTable<Num>& pairs_;
-  std::vector<Num> largest_;      // by variable
+  // By variable.
+  std::vector<Num> largest_;
+  std::vector<uint32_t> most_squares_, squares_;  // that may hold it, and that do
+  std::vector<uint8_t> is_hopeless_;
   std::vector<uint8_t> is_used_;  // by link
+  mutable uint64_t budget_;       // of work: links looked at
 };
 
 // Two colours for the sets, so that sets which share a variable differ; fails where a variable is
@@ -206,6 +245,7 @@ Groups groups_of(const Sets& sets, uint32_t variables) {
   Groups groups;
   groups.row_of.assign(variables, Groups::kNone);
   groups.column_of.assign(variables, Groups::kNone);
+  if (sets.empty()) return groups;
   std::vector<std::vector<uint32_t>> sets_of(variables);
   for (uint32_t s = 0; s < sets.size(); ++s) {
     for (const uint32_t i : sets[s]) sets_of[i].push_back(s);
