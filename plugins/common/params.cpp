@@ -3,6 +3,7 @@
 #include <sched.h>
 
 #include <cctype>
+#include <cmath>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -52,7 +53,8 @@ void read_threads(const char* value, SearchParams& params) {
 }
 
 void read_time_limit(const char* value, SearchParams& params) {
-  params.time_limit = std::strtod(value, nullptr);
+  const double seconds = std::strtod(value, nullptr);
+  params.time_limit = std::isnan(seconds) ? 0.0 : seconds;  // no clock comes to a NaN
 }
 
 void read_topk_sols(const char* value, SearchParams& params) {

@@ -1,5 +1,6 @@
 // Search parameters: each library has a table of the keys that it takes, most of which stand here
-// with what reads them. Numbers are read as strtoul and strtod do, so text without digits is 0.
+// with what reads them. Numbers are read as strtoul and strtod do, so text without digits is 0;
+// that goes for "nan" too.
 #pragma once
 
 #include <algorithm>

@@ -68,19 +68,25 @@ void sweep(Walk<Fields>& walk, double temperature) {
   walk.must_stop(work);
 }
 
-// Flips that lower the energy, until there is none.
+// Goes once through all variables and flips those that lower the energy; false if none does.
+template <typename Fields>
+bool descend_once(State<Fields>& state) {
+  bool has_moved = false;
+  for (uint32_t i = 0; i < state.size(); ++i) {
+    if (!(state.delta(i) < 0)) continue;
+    state.flip(i);
+    has_moved = true;
+  }
+  return has_moved;
+}
+
+// The same until there is none, or the search is to end.
 template <typename Fields>
 void descend(Walk<Fields>& walk) {
-  auto& state = walk.state;
-  for (bool has_moved = true; has_moved;) {
-    has_moved = false;
-    for (uint32_t i = 0; i < state.size(); ++i) {
-      if (!(state.delta(i) < 0)) continue;
-      state.flip(i);
-      has_moved = true;
-    }
-    if (walk.must_stop(state.size())) return;
+  while (descend_once(walk.state)) {
+    if (walk.must_stop(walk.size())) return;
   }
+  walk.must_stop(walk.size());
 }
 
 template <typename Fields>

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "easysolver/random.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv::plugin::easy {
 
@@ -22,7 +22,7 @@ class ElitePool {
 
   // Takes an assignment that is better than the worst and not there yet.
   bool offer(const uint8_t* x, size_t n, const Energy& energy) {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (elites_.size() == room_ && !(energy < elites_.back().energy)) return false;
     for (const Elite& elite : elites_) {
       if (elite.energy == energy && std::equal(x, x + n, elite.x.begin())) return false;
@@ -36,30 +36,30 @@ class ElitePool {
   }
 
   size_t size() const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return elites_.size();
   }
   // Two different ones, copied; there must be two.
   void draw_two(Random& random, Elite& a, Elite& b) const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const uint32_t first = random.below(elites_.size());
     const uint32_t second = random.below(elites_.size() - 1);
     a = elites_[first];
     b = elites_[second + (second >= first)];
   }
   void draw(Random& random, Elite& a) const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     a = elites_[random.below(elites_.size())];
   }
   void clear() {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     elites_.clear();
   }
 
  private:
   const size_t room_;
-  mutable std::mutex mutex_;
-  std::vector<Elite> elites_;  // ascending
+  mutable Mutex mutex_;
+  std::vector<Elite> elites_ ZORV_GUARDED_BY(mutex_);  // ascending
 };
 
 }  // namespace zorv::plugin::easy

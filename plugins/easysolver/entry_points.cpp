@@ -35,17 +35,21 @@ SearchParams params_of(const ParamPair* pairs) {
 struct Solver {
   std::unique_ptr<IntegerBits> integers;  // of a model with integer variables, else null
   BinaryModel model;
-  std::unique_ptr<Engine> engine;  // made by the first search, when all constraints are there
+  std::unique_ptr<Engine> engine;  // made by a search, when all constraints are there
   Facts facts;
 
   SolutionList search(const ParamPair* pairs, const uint64_t* hint, Solution& best) {
     const SearchParams params = params_of(pairs);
     SharedSearch shared(model, params);
-    if (!engine) engine = make_engine(model);
+    bool is_made_in_a_hurry = false;
+    if (!engine) {
+      engine = make_engine(model, shared);
+      is_made_in_a_hurry = shared.must_stop();
+    }
     engine->search(shared, params, hint);
     best = shared.best();
     facts = engine->facts();
-    facts.emplace_back("threads", std::to_string(params.threads));
+    if (is_made_in_a_hurry) engine.reset();
     return shared.take_list();
   }
 };

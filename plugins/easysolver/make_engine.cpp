@@ -104,14 +104,20 @@ bool is_dense(const PairTable<int32_t>& pairs) {
 template <typename E>
 struct Parts {
   const BinaryModel& model;
+  SharedSearch& shared;  // that waits for the engine
   Source<E> source;
   EnergyUnit unit;
 };
 
-template <typename Fields, typename E, typename Num>
-std::unique_ptr<Engine> engine_on(typename Fields::Table table, Parts<E>& parts,
-                                  const PairTable<Num>& pairs, E at_zeros, const char* numbers) {
-  Groups groups = find_groups(parts.model, pairs, parts.source.bodies);
+template <typename Num, typename E>
+Groups groups_in_time(const Parts<E>& parts, const PairTable<Num>& pairs) {
+  if (parts.shared.time_is_up()) return groups_of({}, pairs.size());
+  return find_groups(parts.model, pairs, parts.source.bodies);
+}
+
+template <typename Fields, typename E>
+std::unique_ptr<Engine> engine_on(typename Fields::Table table, Parts<E> parts, Groups groups,
+                                  E at_zeros, const char* numbers) {
   return std::make_unique<EngineOf<Fields>>(std::move(table), std::move(parts.source.bodies),
                                             std::move(at_zeros), std::move(parts.unit),
                                             std::move(groups), numbers);
@@ -119,9 +125,11 @@ std::unique_ptr<Engine> engine_on(typename Fields::Table table, Parts<E>& parts,
 
 template <typename Num, typename E>
 std::unique_ptr<Engine> product_engine(Parts<E> parts, const char* numbers) {
-  const ProductTable<Num> table = product_table<Num>(parts.source);
-  return engine_on<ProductFields<Num>>(table, parts, table.pairs, products_at_zeros(parts.source),
-                                       numbers);
+  ProductTable<Num> table = product_table<Num>(parts.source);
+  Groups groups = groups_in_time(parts, table.pairs);
+  E at_zeros = products_at_zeros(parts.source);
+  return engine_on<ProductFields<Num>>(std::move(table), std::move(parts), std::move(groups),
+                                       std::move(at_zeros), numbers);
 }
 
 template <typename Num>
@@ -133,8 +141,10 @@ std::unique_ptr<Engine> spin_engine(const SpinForm<int64_t>& form, Parts<int64_t
   for (auto& constraint : parts.source.bodies.constraints) {
     constraint.weight *= static_cast<int64_t>(form.scale);
   }
-  return engine_on<SpinFields<Num>>(spin_table<Num>(form, parts.source.size()), parts,
-                                    pair_table<int64_t>(parts.source), at_zeros, numbers);
+  SpinTable<Num> table = spin_table<Num>(form, parts.source.size());
+  Groups groups = groups_in_time(parts, pair_table<int64_t>(parts.source));
+  return engine_on<SpinFields<Num>>(std::move(table), std::move(parts), std::move(groups), at_zeros,
+                                    numbers);
 }
 
 // Constraints that stay are softened by weights in small steps. For these the unit of energy is
@@ -158,24 +168,29 @@ void refine(Source<int64_t>& source, int64_t scale) {
 
 std::unique_ptr<Engine> quadratic_engine(Parts<int64_t> parts) {
   if (!fields_fit_32(parts.source)) {
-    const PairTable<int64_t> pairs = pair_table<int64_t>(parts.source);
-    return engine_on<SparseFields<int64_t>>(pairs, parts, pairs, int64_t{0}, "int64");
+    PairTable<int64_t> pairs = pair_table<int64_t>(parts.source);
+    Groups groups = groups_in_time(parts, pairs);
+    return engine_on<SparseFields<int64_t>>(std::move(pairs), std::move(parts), std::move(groups),
+                                            int64_t{0}, "int64");
   }
-  const PairTable<int32_t> pairs = pair_table<int32_t>(parts.source);
+  PairTable<int32_t> pairs = pair_table<int32_t>(parts.source);
+  Groups groups = groups_in_time(parts, pairs);
   if (is_dense(pairs)) {
-    return engine_on<DenseFields>(dense_table(pairs), parts, pairs, int64_t{0}, "int32");
+    return engine_on<DenseFields>(dense_table(pairs), std::move(parts), std::move(groups),
+                                  int64_t{0}, "int32");
   }
   if (auto narrow = narrow_table(pairs)) {
-    return engine_on<SparseFields<int32_t, NarrowLink>>(std::move(*narrow), parts, pairs,
-                                                        int64_t{0}, "int32");
+    return engine_on<SparseFields<int32_t, NarrowLink>>(std::move(*narrow), std::move(parts),
+                                                        std::move(groups), int64_t{0}, "int32");
   }
-  return engine_on<SparseFields<int32_t>>(pairs, parts, pairs, int64_t{0}, "int32");
+  return engine_on<SparseFields<int32_t>>(std::move(pairs), std::move(parts), std::move(groups),
+                                          int64_t{0}, "int32");
 }
 
 std::unique_ptr<Engine> machine_engine(Parts<int64_t> parts, bool has_room_for_spins) {
   const Source<int64_t>& source = parts.source;
   if (source.product_coeffs.empty()) return quadratic_engine(std::move(parts));
-  if (has_room_for_spins) {
+  if (has_room_for_spins && !parts.shared.time_is_up()) {
     if (const auto form = cheaper_spin_form(source)) {
       return fields_fit_32(*form, source.size())
                  ? spin_engine<int32_t>(*form, std::move(parts), "int32")
@@ -188,7 +203,7 @@ std::unique_ptr<Engine> machine_engine(Parts<int64_t> parts, bool has_room_for_s
 
 }  // namespace
 
-std::unique_ptr<Engine> make_engine(const BinaryModel& model) {
+std::unique_ptr<Engine> make_engine(const BinaryModel& model, SharedSearch& shared) {
   const std::vector<bool> folded = folded_constraints(model);
   const SearchBound<Coeff> bound = engine_bound(model, folded);
   EnergyUnit unit;
@@ -196,11 +211,12 @@ std::unique_ptr<Engine> make_engine(const BinaryModel& model) {
     Source<int64_t> source = source_of<int64_t>(model, folded, unit.constant);
     unit.scale = uint64_t{1} << fine_bits(source, bound);
     refine(source, static_cast<int64_t>(unit.scale));
-    return machine_engine({model, std::move(source), std::move(unit)},
+    return machine_engine({model, shared, std::move(source), std::move(unit)},
                           bound.fits(kMachineBits - kMaxSpinDegree));
   }
   Source<Coeff> source = source_of<Coeff>(model, folded, unit.constant);
-  return product_engine<Coeff, Coeff>({model, std::move(source), std::move(unit)}, "unbounded");
+  return product_engine<Coeff, Coeff>({model, shared, std::move(source), std::move(unit)},
+                                      "unbounded");
 }
 
 }  // namespace zorv::plugin::easy

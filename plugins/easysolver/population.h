@@ -8,11 +8,11 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "easysolver/random.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv::plugin::easy {
 
@@ -28,7 +28,7 @@ class Population {
 
   // What a thread is to anneal next, and copies of the parents if it is a child.
   Order next(Random& random, Assignment& mother, Assignment& father) {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     Order order = {era_, sweeps_, members_.size() >= kRoom, 0, 0};
     if (!order.has_parents) return order;
     order.mother = random.below(kRoom);
@@ -40,7 +40,7 @@ class Population {
   }
 
   void report(const Order& order, const uint8_t* x, size_t n, const Energy& energy) {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (order.era != era_) return;
     if (members_.size() < kRoom) {
       members_.push_back({Assignment(x, x + n), energy});
@@ -68,10 +68,13 @@ class Population {
   static constexpr uint64_t kFirstSweeps = 200, kMostSweeps = 1800, kGrowth = 3;
 
   // Children without an improvement that end an era. Those with few sweeps are but to begin with.
-  uint32_t patience() const { return sweeps_ < kMostSweeps ? kRoom : 3 * kRoom; }
+  uint32_t patience() const ZORV_REQUIRES(mutex_) {
+    return sweeps_ < kMostSweeps ? kRoom : 3 * kRoom;
+  }
 
   // Whether another one than `except` is nearly the same, or its complement.
-  bool is_known(const uint8_t* x, size_t n, const Energy& energy, uint32_t except) const {
+  bool is_known(const uint8_t* x, size_t n, const Energy& energy, uint32_t except) const
+      ZORV_REQUIRES(mutex_) {
     for (uint32_t k = 0; k < members_.size(); ++k) {
       if (k == except || members_[k].energy != energy) continue;
       const size_t d = distance(x, members_[k].x);
@@ -85,17 +88,18 @@ class Population {
     return count;
   }
 
-  void begin_era() {
+  void begin_era() ZORV_REQUIRES(mutex_) {
     members_.clear();
     ++era_;
     failures_ = 0;
     sweeps_ = std::min(kMostSweeps, sweeps_ * kGrowth);
   }
 
-  std::mutex mutex_;
-  std::vector<Member> members_;
-  uint64_t era_ = 0, sweeps_ = kFirstSweeps;
-  uint32_t failures_ = 0;
+  Mutex mutex_;
+  std::vector<Member> members_ ZORV_GUARDED_BY(mutex_);
+  uint64_t era_ ZORV_GUARDED_BY(mutex_) = 0;
+  uint64_t sweeps_ ZORV_GUARDED_BY(mutex_) = kFirstSweeps;
+  uint32_t failures_ ZORV_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace zorv::plugin::easy

@@ -22,26 +22,44 @@ SharedSearch::SharedSearch(const BinaryModel& model, const SearchParams& params)
       pool_(params, model.nvars) {}
 
 bool SharedSearch::is_wanted(const Coeff& energy) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return !has_best_ || energy < best_.energy || pool_.is_wanted(energy);
 }
 
 void SharedSearch::offer(const Coeff& energy, const uint8_t* x) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const bool is_best = !has_best_ || energy < best_.energy;
   if (!is_best && !pool_.is_wanted(energy)) return;
-  const double tts = seconds();
-  const std::vector<uint64_t> bits = words_of(x, model_.nvars);
-  pool_.offer(energy, bits.data(), tts);
-  if (is_best) become_best(energy, bits, tts);
+  Solution solution = {energy, words_of(x, model_.nvars), seconds()};
+  if (is_best && is_target_met_ && !is_allowed(solution.bits)) return;
+  pool_.offer(energy, solution.bits.data(), solution.tts);
+  if (is_best) become_best(std::move(solution));
 }
 
-void SharedSearch::become_best(const Coeff& energy, const std::vector<uint64_t>& bits, double tts) {
+void SharedSearch::become_best(Solution solution) {
   has_best_ = true;
-  best_ = {energy, bits, tts};
-  if (params_.enable_default_callback) print_progress(model_, tts, energy, bits.data());
-  if (!params_.target_energy || energy > *params_.target_energy) return;
-  if (tally_constraints(model_, bits.data()).violated == 0) stop_.store(true);
+  best_ = std::move(solution);
+  if (params_.enable_default_callback) {
+    print_progress(model_, best_.tts, best_.energy, best_.bits.data());
+  }
+  if (!params_.target_energy || best_.energy > *params_.target_energy) return;
+  if (!is_allowed(best_.bits)) return;
+  is_target_met_ = true;
+  stop_.store(true);
+}
+
+bool SharedSearch::is_allowed(const std::vector<uint64_t>& bits) const {
+  return tally_constraints(model_, bits.data()).violated == 0;
+}
+
+Solution SharedSearch::best() {
+  const MutexLock lock(mutex_);
+  return best_;
+}
+
+SolutionList SharedSearch::take_list() {
+  const MutexLock lock(mutex_);
+  return pool_.take();
 }
 
 }  // namespace zorv::plugin::easy

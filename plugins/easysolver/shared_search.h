@@ -3,10 +3,10 @@
 
 #include <atomic>
 #include <chrono>
-#include <mutex>
 
 #include "common/binary_model.h"
 #include "common/solution_list.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv::plugin::easy {
 
@@ -26,28 +26,31 @@ class SharedSearch {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
   }
 
-  // Takes an assignment, as bytes of 0 and 1, of that energy. Any thread may call.
+  // Takes an assignment, as bytes of 0 and 1, of that energy. Any thread may call. Once the target
+  // is met, no assignment that violates a requirement takes the place of the one that meets it.
   void offer(const Coeff& energy, const uint8_t* x);
-  // The energy up to which offers can still matter: below the best, or of the lists. Locks.
+  // The energy up to which offers can still matter: below the best, or of the lists.
   bool is_wanted(const Coeff& energy);
 
   bool keeps_lists() const { return params_.topk_sols != 0 || params_.has_best_energy_sols; }
-  // After the search.
-  const Solution& best() const { return best_; }
-  SolutionList take_list() { return pool_.take(); }
+  // The best so far; there must have been an offer.
+  Solution best();
+  SolutionList take_list();
 
  private:
-  void become_best(const Coeff& energy, const std::vector<uint64_t>& bits, double tts);
+  void become_best(Solution solution) ZORV_REQUIRES(mutex_);
+  bool is_allowed(const std::vector<uint64_t>& bits) const;
 
   const BinaryModel& model_;
   const SearchParams& params_;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   const double time_limit_;
   std::atomic<bool> stop_ = false;
-  std::mutex mutex_;  // guards the rest
-  bool has_best_ = false;
-  Solution best_;
-  SolutionPool pool_;
+  Mutex mutex_;
+  bool has_best_ ZORV_GUARDED_BY(mutex_) = false;
+  bool is_target_met_ ZORV_GUARDED_BY(mutex_) = false;
+  Solution best_ ZORV_GUARDED_BY(mutex_);
+  SolutionPool pool_ ZORV_GUARDED_BY(mutex_);
 };
 
 }  // namespace zorv::plugin::easy

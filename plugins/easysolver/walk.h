@@ -42,10 +42,10 @@ class Walk {
     if (is_silent) return;
     const bool is_record = !has_record_ || state.energy() < record_;
     if (is_record) record_ = state.energy(), has_record_ = true;
-    if (is_record || is_wanted(state.energy())) {
-      shared_.offer(exact(state.energy()), state.x());
-    }
+    if (is_record || is_wanted(state.energy())) offer();
   }
+  // Tells them of it in any case.
+  void offer() { shared_.offer(exact(state.energy()), state.x()); }
   // Where lists are kept: also of all neighbours.
   void note_neighbours() {
     if (is_silent) return;

@@ -25,6 +25,9 @@ using Solver = Handle<Easy>;
 struct Answer {
   Found best;
   std::vector<Found> list;
+  std::vector<uint64_t> words = {};  // of the best
+
+  bool is_one(uint64_t i) const { return (words[i / 64] >> i % 64 & 1) != 0; }
 };
 
 using Params = std::map<std::string, std::string>;
@@ -36,7 +39,7 @@ Answer search(const Solver& solver, uint64_t variables, const Params& params,
   pairs.push_back({nullptr, nullptr});
   Output out(variables);
   void* list = zorv_easy_solver_search(solver, out.record(), pairs.data(), hint);
-  Answer answer{out.found(), {}};
+  Answer answer{out.found(), {}, out.words()};
   for (uint64_t i = 0; list != nullptr && i < zorv_easy_solver_sol_list_count(list); ++i) {
     Output entry(variables);
     zorv_easy_solver_sol_list_get(list, i, entry.record());
@@ -170,9 +173,12 @@ TEST(EasySolver, RepeatsWithOneThreadAndASeed) {
 
 TEST(EasySolver, StartsFromTheHint) {
   const AbiModel m = chain();
+  const Solver solver(m);
+  const Found best =
+      search(solver, 60, {{"seed", "5"}, {"target_energy", best_of_chain(m).str()}}).best;
+  EXPECT_EQ(search(solver, 60, {{"time_limit", "0"}}, &best.state).best, best);
   const uint64_t hint = 0x123456789ABCDEF;
-  EXPECT_EQ(search(Solver(m), 60, {{"time_limit", "0"}, {"threads", "1"}}, &hint).best,
-            (Found{m.energy(hint), hint}));
+  EXPECT_LE(search(solver, 60, {{"time_limit", "0"}}, &hint).best.energy, m.energy(hint));
 }
 
 // The target alone, or with a constraint that the best state violates: then time decides.
@@ -189,6 +195,10 @@ TEST(EasySolver, CountsTheTargetOnlyWithoutViolations) {
     const Params params = {{"target_energy", "-4"}, {"time_limit", kind == 0 ? "0.2" : "1000"}};
     const Solver solver(m);
     EXPECT_EQ(search(solver, 1, params).best, (Found{-4, 1}));
+    // Once it is met, the constraint is not given up for less energy.
+    const uint64_t hint = 0;
+    EXPECT_EQ(search(solver, 1, {{"target_energy", "0"}, {"threads", "1"}}, &hint).best,
+              kind == 0 ? (Found{0, 0}) : (Found{-4, 1}));
   }
 }
 
@@ -261,6 +271,82 @@ TEST(EasySolver, SolvesAssignments) {
     EXPECT_EQ(answer.best.energy, best);
     EXPECT_EQ(answer.best.energy, m.energy(answer.best.state));
   }
+}
+
+void expect_local_minimum(const AbiModel& m, const Found& found) {
+  EXPECT_EQ(found.energy, m.energy(found.state));
+  for (uint64_t i = 0; i < m.variables; ++i) {
+    EXPECT_GE(m.energy(found.state ^ uint64_t{1} << i), found.energy) << "flip of " << i;
+  }
+}
+
+// Products of three spins, which have fewer terms in spins than in variables.
+AbiModel spin_model(RandomModels& random, uint64_t variables, const Coeff& scale) {
+  AbiModel m{variables, 0, {{}, {}, {}}};
+  for (uint32_t t = 0; t < 2 * variables; ++t) {
+    const Coeff coeff = (int64_t(random.below(9)) - 4) * scale;
+    const uint32_t i = t % uint32_t(variables - 2), spins[] = {i, i + 1, i + 2};
+    for (uint32_t subset = 1; subset < 8; ++subset) {
+      std::vector<uint32_t> term;
+      for (uint32_t k = 0; k < 3; ++k) {
+        if ((subset >> k & 1) != 0) term.push_back(spins[k]);
+      }
+      const int factors[] = {-2, 4, -8};
+      m.degrees[term.size() - 1].add(factors[term.size() - 1] * coeff, term);
+    }
+  }
+  return m;
+}
+
+TEST(EasySolver, ReportsWhatNoFlipImprovesHoweverShortTheTime) {
+  RandomModels models(31);
+  const char* const limits[] = {"0", "1e-9", "nan", "-NaN(1)", "0.002", "0.0005"};
+  const Params lists[] = {{}, {{"topk_sols", "4"}}, {{"best_energy_sols", ""}}};
+  for (int round = 0; round < 300; ++round) {
+    SCOPED_TRACE("seed 31, round " + std::to_string(round));
+    const Coeff& scale = kScales[round % 3];
+    const AbiModel m = round % 10 == 0   ? spin_model(models, 20, scale)
+                       : round % 10 == 1 ? Assignment().model(round % 20 == 1)
+                                         : models.make(1 + models.below(40), scale);
+    Params params = lists[round % 4 % 3];
+    params["seed"] = std::to_string(round);
+    params["threads"] = round % 5 == 0 ? "4" : "1";
+    params["time_limit"] = limits[round % 6];
+    const Answer answer = search(Solver(m), m.variables, params);
+    expect_local_minimum(m, answer.best);
+    for (const Found& entry : answer.list) EXPECT_EQ(entry.energy, m.energy(entry.state));
+    EXPECT_EQ(answer.list.empty() ? answer.best : answer.list[0], answer.best);
+    if (!m.constraints.empty()) continue;
+    params["time_limit"] = "20";  // and where a target stops it
+    params["target_energy"] = Coeff(answer.best.energy + abs(answer.best.energy) / 3).str();
+    expect_local_minimum(m, search(Solver(m), m.variables, params).best);
+  }
+}
+
+// Half of all edges, each as two times x y; what is wanted is -1 for each vertex.
+TEST(EasySolver, FindsAnIndependentSetOfALargeGraphWithinItsTime) {
+  constexpr uint32_t kSize = 1500;
+  RandomModels random(3);
+  AbiModel m{kSize, 0, {{}, {}}};
+  std::vector<std::vector<uint32_t>> neighbours(kSize);
+  for (uint32_t i = 0; i < kSize; ++i) {
+    m.degrees[0].add(-1, {i});
+    for (uint32_t j = 0; j < i; ++j) {
+      if (random.below(2) == 0) continue;
+      m.degrees[1].add(2, {j, i});
+      neighbours[i].push_back(j);
+      neighbours[j].push_back(i);
+    }
+  }
+  const Answer answer = search(Solver(m), kSize, {{"seed", "1"}, {"time_limit", "1"}});
+  int64_t size = 0;
+  for (uint32_t i = 0; i < kSize; ++i) {
+    const auto chosen = std::count_if(neighbours[i].begin(), neighbours[i].end(),
+                                      [&](uint32_t j) { return answer.is_one(j); });
+    EXPECT_EQ(chosen == 0, answer.is_one(i)) << i;
+    size += answer.is_one(i);
+  }
+  EXPECT_EQ(answer.best.energy, -size);
 }
 
 TEST(EasySolver, RefusesBadParameters) {

@@ -23,22 +23,23 @@ inline std::ostream& operator<<(std::ostream& out, const Found& f) {
 class Output {
  public:
   explicit Output(uint64_t variables)
-      : nbits_(static_cast<uint32_t>(variables)), nwords_((nbits_ + 63) / 64) {}
+      : nbits_(static_cast<uint32_t>(variables)), nwords_((nbits_ + 63) / 64), words_(nwords_) {}
   ~Output() { std::free(energy_.limbs); }
   SolutionOut* record() { return &record_; }
   Found found() const {
     Coeff energy = 0;
     for (uint32_t i = energy_.nlimbs; i > 0; --i) energy = (energy << 64) + energy_.limbs[i - 1];
     EXPECT_TRUE(tts_ >= 0 && tts_ < 1e3);
-    return {energy * energy_.sign, state_};
+    return {energy * energy_.sign, words_.empty() ? 0 : words_[0]};
   }
+  const std::vector<uint64_t>& words() const { return words_; }
 
  private:
   uint32_t nbits_, nwords_;
   CoeffWire energy_ = {0, 0, nullptr};
-  uint64_t state_ = 0;
+  std::vector<uint64_t> words_;
   double tts_ = -1;
-  SolutionOut record_ = {&nbits_, &nwords_, &energy_, nwords_ != 0 ? &state_ : nullptr, &tts_};
+  SolutionOut record_ = {&nbits_, &nwords_, &energy_, words_.data(), &tts_};
 };
 
 // All states, by energy and among equals in the order of the Gray code.
