@@ -24,7 +24,7 @@ template <typename Number>
 bool descend_small(SearchWalk<Number>& walk, uint32_t i) {
   const VariableRow<Number>& row = walk.tables.variables[i];
   bool has_improved = false;
-  for (Number value = row.lo; value <= row.hi; ++value) {
+  for (Number value = row.lo; value <= row.hi; value += 1) {
     if (value != walk.state.x[i]) has_improved |= descend_to(walk, i, value);
   }
   return has_improved;

@@ -75,7 +75,7 @@ class BestStates {
     first_ = visit;
     all_.clear();
     if (!ties_.are_wanted) return;
-    ++threshold_;
+    threshold_ += 1;
     keep_tie(visit);
   }
 

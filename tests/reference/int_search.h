@@ -258,7 +258,7 @@ class PlainSearch {
         if (i < bits_) {
           attempt(i, 1 - x_[i]);
         } else if (is_small(i)) {
-          for (coeff_t v = lo_[i]; v <= hi_[i]; ++v) {
+          for (coeff_t v = lo_[i]; v <= hi_[i]; v += 1) {
             if (v != x_[i]) attempt(i, v);
           }
         } else {

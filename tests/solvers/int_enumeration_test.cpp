@@ -189,6 +189,17 @@ TEST(IntEnumeration, WalksInGrayOrder) {
   compare(*far, "2");
 }
 
+TEST(IntEnumeration, TellsTiesFromNeighboursAtEveryLimbBorder) {
+  const ExprImpl x = bit(), a = integer(0, 3);
+  for (const unsigned exponent : {63u, 64u, 65u, 90u, 127u, 128u, 192u}) {
+    for (int offset = -2; offset <= 2; ++offset) {
+      for (const coeff_t& least : {pow2(exponent) + offset, -pow2(exponent) + offset}) {
+        EXPECT_EQ(compare(*ModelHandle(Sketch(a * a - a + x + least)), "0"), 2u) << least;
+      }
+    }
+  }
+}
+
 TEST(IntEnumeration, ReadsTheCapOfTheList) {
   const ModelHandle model = Sketch(ExprImpl()).between(bit() + integer(0, 2), 0, 3);
   const struct {

@@ -123,6 +123,11 @@ std::vector<Case> cases() {
            .between(x * y - z, 0, 0, 50)},
       {"negative weights", true,
        Sketch(sqr_of(a - b)).between(a + x, -1, 1, -2).abs(b - c, 1, -7).between(b * a, 2, 3, -1)},
+      {"small ranges where the lowest limb comes to 0", false,
+       Sketch(sqr_of(integer(-pow2(64) - 3, -pow2(64) + 3) + pow2(64) - 2) +
+              sqr_of(integer(-pow2(128) - 7, -pow2(128) + 2) + pow2(128) + 1) +
+              sqr_of(integer(pow2(64) - 4, pow2(64) + 4) - x - pow2(64)))
+           .between(integer(-3 * pow2(64) - 2, -3 * pow2(64) + 5), -3 * pow2(64) + 4, 0)},
       {"an objective of 0", true, Sketch(ExprImpl()).between(a + b + c, 17, 17)},
   };
 }
@@ -220,7 +225,7 @@ void for_each_state(const ModelImpl& m, const std::function<void(const State&)>&
     size_t i = 0;
     while (i < state.size() && state[i] == hi[i]) state[i] = lo[i], ++i;
     if (i == state.size()) return;
-    ++state[i];
+    state[i] += 1;
   }
 }
 
