@@ -93,11 +93,13 @@ uint32_t run_workers(IntSearchCore& core, const std::function<void(uint32_t)>& w
 
 // The incremental energies of the best state must come to what the definition says.
 void check_best(const IntSearchCore& core) {
+  const MutexLock lock(core.mutex);
   if (!core.has_best) {
     fatal(core.opts.solver_name, ": internal error — integer engine produced no solution.");
   }
-  const std::vector<uint64_t> words = words_of(core.model, core.best_state);
-  const std::vector<coeff_t> ints = ints_of(core.model, core.best_state);
+  const std::vector<coeff_t> state = core.read_best();
+  const std::vector<uint64_t> words = words_of(core.model, state);
+  const std::vector<coeff_t> ints = ints_of(core.model, state);
   if (full_energy(core.model, words.data(), ints.data()) != core.best_energy) {
     fatal(core.opts.solver_name,
           ": internal error — best-state energy mismatch in integer engine.");
@@ -106,15 +108,17 @@ void check_best(const IntSearchCore& core) {
 
 SearchResult make_result(const IntSearchCore& core, uint32_t threads) {
   const ModelImpl& model = core.model;
+  const MutexLock lock(core.mutex);
   SearchResult result;
   result.energy = core.best_energy;
   result.tts = core.best_tts;
   result.scale = model.scale;
-  result.bits = words_of(model, core.best_state);
-  result.ints = ints_of(model, core.best_state);
+  const std::vector<coeff_t> best = core.read_best();
+  result.bits = words_of(model, best);
+  result.ints = ints_of(model, best);
   for (const PoolEntry& entry : core.pool.entries()) {
-    result.topk.push_back(
-        {entry.energy, entry.tts, words_of(model, entry.state), ints_of(model, entry.state)});
+    const std::vector<coeff_t> state = entry.kept.read();
+    result.topk.push_back({entry.energy, entry.tts, words_of(model, state), ints_of(model, state)});
   }
   add_run_time(result, core.elapsed_seconds());
   add_info(result, "threads", std::to_string(threads));

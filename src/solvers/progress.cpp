@@ -2,31 +2,21 @@
 
 #include <iomanip>
 #include <iostream>
-
-#include "model/sol.h"
+#include <locale>
+#include <sstream>
 
 namespace zorv {
 
-ConstraintTally tally_constraints(const ModelImpl& model, const std::vector<coeff_t>& bodies) {
-  ConstraintTally tally;
-  for (size_t i = 0; i < model.native_cons.size(); ++i) {
-    const NativeCons& cons = model.native_cons[i];
-    tally.penalties += penalty_of(cons, bodies[i]);
-    if (cons.shape_kind != 0) continue;
-    ++tally.required;
-    if (!is_zero(violation_of(cons, bodies[i]))) ++tally.violated;
-  }
-  return tally;
-}
-
 void print_progress(const ModelImpl& model, double tts, const coeff_t& energy,
-                    const std::vector<coeff_t>& bodies) {
-  const ConstraintTally tally = tally_constraints(model, bodies);
-  std::cout << std::fixed << std::setprecision(3) << std::setfill('0');
-  std::cout << "TTS = " << tts << "s Energy = " << energy.str();
-  if (!model.native_cons.empty()) std::cout << " Obj = " << coeff_t(energy - tally.penalties).str();
-  if (tally.required != 0) std::cout << " Viol = " << tally.violated << "/" << tally.required;
-  std::cout << std::endl;
+                    const ConstraintTally& tally) {
+  std::ostringstream line;
+  line.imbue(std::locale::classic());
+  line << "TTS = " << std::fixed << std::setprecision(3) << tts << "s Energy = " << energy.str();
+  if (!model.native_cons.empty()) line << " Obj = " << coeff_t(energy - tally.penalties).str();
+  if (tally.required != 0) line << " Viol = " << tally.violated << "/" << tally.required;
+  line << "\n";
+  const std::string text = line.str();
+  std::cout.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
 }
 
 }  // namespace zorv

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "model/model.h"
 
@@ -14,13 +13,10 @@ struct ConstraintTally {
   uint64_t violated = 0;  // of those, the ones that do not hold
 };
 
-//   bodies  the body value of each native constraint, in table order
-ConstraintTally tally_constraints(const ModelImpl& model, const std::vector<coeff_t>& bodies);
-
 // Writes "TTS = 0.012s Energy = 5 Obj = 3 Viol = 1/2" and a line end to the standard output and
-// flushes it; the last two only where the model has something to tell. The stream stays as the
-// line sets it: fixed notation, 3 decimals, fill character '0'.
+// flushes it; the last two only where the model has something to tell. The caller's formatting of
+// that stream neither matters nor changes.
 void print_progress(const ModelImpl& model, double tts, const coeff_t& energy,
-                    const std::vector<coeff_t>& bodies);
+                    const ConstraintTally& tally);
 
 }  // namespace zorv

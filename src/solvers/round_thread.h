@@ -6,7 +6,8 @@
 #pragma once
 
 #include <cstdint>
-#include <iostream>
+#include <memory>
+#include <optional>
 #include <vector>
 
 #include "core/fatal.h"
@@ -15,6 +16,7 @@
 #include "solvers/perturbation.h"
 #include "solvers/search_core.h"
 #include "solvers/stagnation.h"
+#include "solvers/state_history.h"
 
 namespace zorv {
 
@@ -63,6 +65,10 @@ class RoundThread {
   std::vector<uint64_t> in_bits_, out_bits_;
   std::vector<coeff_t> in_ints_, out_ints_, out_energies_;
   std::vector<uint8_t> out_flags_;
+
+  // The state that came back, while the thread runs.
+  std::optional<SearchState<Number>> found_;
+  StateKeeper* keeper_ = nullptr;
 };
 
 template <typename Number>
@@ -87,6 +93,9 @@ void RoundThread<Number>::run() {
   if (opts.hint_bits != nullptr && opts.round_hint_fn != nullptr) {
     opts.round_hint_fn(opts.round_handle, opts.hint_bits, as_abi(opts.hint_ints));
   }
+  found_.emplace(core_.model, tables_);
+  keeper_ = &core_.add_keeper(
+      std::make_unique<StateHistory<Number>>(core_.model, *found_, core_.wishes()));
   while (!core_.stop_requested() && !core_.time_is_up()) {
     pass_on_hints();
     take_in_best();
@@ -111,10 +120,10 @@ void RoundThread<Number>::pass_on_hints() {
 
 template <typename Number>
 void RoundThread<Number>::take_in_best() {
-  const std::lock_guard lock(core_.mutex);
+  const MutexLock lock(core_.mutex);
   if (!core_.has_best) return;
   stagnation_.note(core_.best_energy);
-  elites_.offer(core_.best_energy, core_.best_state, Breed::kFound);
+  elites_.offer(core_.best_energy, core_.read_best(), Breed::kFound);
 }
 
 template <typename Number>
@@ -206,18 +215,19 @@ void RoundThread<Number>::submit(uint32_t slot) {
   for (size_t j = 0; j < model.int_lo.size(); ++j) {
     if (ints[j] < model.int_lo[j] || model.int_hi[j] < ints[j]) refuse_state();
   }
-  const coeff_t energy = full_energy(model, words, ints);
-  if (energy != out_energies_[slot]) refuse_state();
-
-  ++submissions_;
   std::vector<coeff_t> state(tables_.variable_count);
   for (uint32_t i = 0; i < tables_.bit_count; ++i) state[i] = words[i / 64] >> (i % 64) & 1;
   std::copy_n(ints, model.int_lo.size(), state.begin() + tables_.bit_count);
+  SearchState<Number>& found = *found_;
+  for (size_t i = 0; i < state.size(); ++i) found.x[i] = number_from<Number>(state[i]);
+  found.evaluate();
+  const coeff_t energy(found.energy());
+  if (energy != out_energies_[slot]) refuse_state();
+
+  ++submissions_;
   elites_.offer(energy, state, breeds_[slot]);
-  std::vector<coeff_t> bodies;
-  for (const NativeCons& cons : model.native_cons) bodies.push_back(body_value(cons, words, ints));
-  const std::lock_guard lock(core_.mutex);
-  core_.pool_add(state, energy, bodies);
+  const MutexLock lock(core_.mutex);
+  core_.submit(*keeper_, energy);
 }
 
 template <typename Number>

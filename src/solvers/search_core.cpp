@@ -1,5 +1,7 @@
 #include "solvers/search_core.h"
 
+#include <utility>
+
 #include "solvers/progress.h"
 
 namespace zorv {
@@ -21,30 +23,42 @@ double IntSearchCore::elapsed_seconds() const {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
 }
 
-void IntSearchCore::pool_add(const std::vector<coeff_t>& state, const coeff_t& energy,
-                             const std::vector<coeff_t>& bodies) {
-  const double tts = elapsed_seconds();
+void IntSearchCore::submit(StateKeeper& keeper, const coeff_t& energy) {
   const bool is_new_best = !has_best || energy < best_energy;
-  if (!opts.has_best_energy_sols) {
-    pool.offer_top_k(opts.topk_sols, state, energy, tts);
-  } else if (is_new_best) {
-    pool.restart(state, energy, tts);
-  } else if (energy == best_energy) {
-    pool.offer_tie(opts.best_energy_cap, state, energy, tts);
+  const bool is_wanted = opts.has_best_energy_sols
+                             ? energy == best_energy && pool.has_room_for_tie(opts.best_energy_cap)
+                             : pool.has_room_among(opts.topk_sols, energy);
+  if (!is_new_best && !is_wanted) return;
+  const double tts = elapsed_seconds();
+  // First, so that nobody keeps the way back to a state that is not read any more.
+  if (is_new_best) {
+    best_.release();
+    if (opts.has_best_energy_sols) pool.clear();
+  }
+  keeper.catch_up();
+  if (opts.has_best_energy_sols || opts.topk_sols != 0) {
+    pool.offer(keeper, energy, tts, opts.has_best_energy_sols ? 0 : opts.topk_sols);
   }
   if (!is_new_best) return;
 
   has_best = true;
-  best_state = state;
+  best_ = KeptState::of(keeper);
   best_energy = energy;
   best_tts = tts;
-  if (opts.enable_default_callback) print_progress(model, tts, energy, bodies);
-  if (opts.callback != nullptr) fire_event(kEventNewBest, energy, &state, tts);
+  if (opts.enable_default_callback) print_progress(model, tts, energy, keeper.tally());
+  if (opts.callback != nullptr) {
+    const std::vector<coeff_t> state = best_.read();
+    fire_event(kEventNewBest, energy, &state, tts);
+  }
   // A target that only a violated requirement makes possible is no answer: the search goes on.
-  if (opts.has_target && energy <= opts.target_energy &&
-      tally_constraints(model, bodies).violated == 0) {
+  if (opts.has_target && energy <= opts.target_energy && keeper.tally().violated == 0) {
     stop.store(1, std::memory_order_relaxed);
   }
+}
+
+StateKeeper& IntSearchCore::add_keeper(std::unique_ptr<StateKeeper> keeper) {
+  const MutexLock lock(mutex);
+  return *keepers_.emplace_back(std::move(keeper));
 }
 
 void IntSearchCore::fire_event(uint32_t event, const coeff_t& energy,
@@ -72,12 +86,12 @@ void IntSearchCore::serve_timer() {
   last_tick_ = now;
   if (interval <= 0.0) return;
 
-  std::unique_lock lock(mutex);
+  mutex.lock();
   const bool has_state = has_best;
-  const std::vector<coeff_t> state = best_state;
+  const std::vector<coeff_t> state = has_best ? read_best() : std::vector<coeff_t>();
   const coeff_t energy = best_energy;
   const double tts = best_tts;
-  lock.unlock();
+  mutex.unlock();
   fire_event(kEventTimer, energy, has_state ? &state : nullptr, tts);
 }
 

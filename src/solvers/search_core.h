@@ -3,9 +3,9 @@
 // Thread rules
 //   1. The model, the options, the start time and the tables that workers read never change while
 //      the search runs.
-//   2. `mutex` guards the best state, its energy and time, and the pool. Workers take it at the
-//      start of each round, around the copy of the best state, and around pool_add, which they
-//      reach only with a new record of their own or a tie that somebody asked for.
+//   2. `mutex` guards the best state, its energy and time, the pool, and the state keepers. Workers
+//      take it at the start of each round, around the copy of the best state, and around submit,
+//      which they reach only with a new record of their own or a tie that somebody asked for.
 //   3. Stop marks, totals and the timer interval are atomics that guard nothing else.
 //   4. Event 1 of the callback runs under the mutex, the other events outside of it.
 #pragma once
@@ -13,11 +13,13 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <mutex>
+#include <memory>
 #include <vector>
 
 #include "solvers/int_search.h"
 #include "solvers/solution_pool.h"
+#include "solvers/state_keeper.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv {
 
@@ -37,11 +39,16 @@ class IntSearchCore {
   }
 
   // The single gate to the best state, the pool, the progress line, the callback and the stop
-  // mark. The caller holds `mutex`.
-  //   state   [variables], binary ones first
-  //   bodies  [native constraints]
-  void pool_add(const std::vector<coeff_t>& state, const coeff_t& energy,
-                const std::vector<coeff_t>& bodies);
+  // mark: offers the state in which the source of `keeper` stands.
+  void submit(StateKeeper& keeper, const coeff_t& energy) ZORV_REQUIRES(mutex);
+  // What keepers must be able to tell.
+  StateWishes wishes() const {
+    return {opts.topk_sols != 0 || opts.has_best_energy_sols,
+            opts.enable_default_callback || opts.has_target};
+  }
+  StateKeeper& add_keeper(std::unique_ptr<StateKeeper> keeper) ZORV_EXCLUDES(mutex);
+  // The best state, if there is one: binary variables as 0 and 1, then the integer variables.
+  std::vector<coeff_t> read_best() const ZORV_REQUIRES(mutex) { return best_.read(); }
 
   void fire_start_event();
   // Fires a timer event if one is due. For the calling thread of the search alone.
@@ -51,13 +58,11 @@ class IntSearchCore {
   const ModelImpl& model;
   const IntSearchOpts& opts;
 
-  // Guarded by `mutex`.
-  std::mutex mutex;
-  bool has_best = false;
-  std::vector<coeff_t> best_state;
-  coeff_t best_energy;
-  double best_tts = 0.0;
-  SolutionPool pool;
+  mutable Mutex mutex;
+  bool has_best ZORV_GUARDED_BY(mutex) = false;
+  coeff_t best_energy ZORV_GUARDED_BY(mutex);
+  double best_tts ZORV_GUARDED_BY(mutex) = 0.0;
+  SolutionPool pool ZORV_GUARDED_BY(mutex);
 
   // Written once, read by every worker on every step.
   alignas(kCacheLine) std::atomic<uint8_t> stop{0};
@@ -71,6 +76,8 @@ class IntSearchCore {
   void fire_event(uint32_t event, const coeff_t& energy, const std::vector<coeff_t>* state,
                   double tts);
 
+  std::vector<std::unique_ptr<StateKeeper>> keepers_ ZORV_GUARDED_BY(mutex);
+  KeptState best_ ZORV_GUARDED_BY(mutex);
   const std::chrono::steady_clock::time_point start_;
   const std::atomic<uint8_t>& external_stop_;
   std::atomic<double> timer_interval_{0.0};  // seconds, 0: off

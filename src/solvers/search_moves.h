@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "solvers/change_log.h"
 #include "solvers/search_tables.h"
 #include "zorv/exact_range.h"
 
@@ -42,17 +43,23 @@ inline coeff_t penalty_for(const ConsRecord<coeff_t>& c, coeff_t violation) {
 }
 
 template <typename Number>
-Number penalty_at(const SearchTables<Number>& tables, const ConsRecord<Number>& c,
-                  const Number& body) {
+Number violation(const SearchTables<Number>& tables, const ConsRecord<Number>& c,
+                 const Number& body) {
   switch (c.shape) {
     case ConsShape::kBand:
-      return penalty_for(c, band_violation(c, body));
+      return band_violation(c, body);
     case ConsShape::kGap:
-      return penalty_for(c, gap_violation(c, body));
+      return gap_violation(c, body);
     case ConsShape::kSet:
       break;
   }
-  return penalty_for(c, distance_to_set(body, tables.sets[c.set]));
+  return distance_to_set(body, tables.sets[c.set]);
+}
+
+template <typename Number>
+Number penalty_at(const SearchTables<Number>& tables, const ConsRecord<Number>& c,
+                  const Number& body) {
+  return penalty_for(c, violation(tables, c, body));
 }
 
 // Takes bodies and penalties from an assignment, from the definition.
@@ -99,9 +106,18 @@ class SearchState {
   // Values of all variables, binary ones first. Whoever changes them calls evaluate() before the
   // next move.
   std::vector<Number> x;
+  // Of variables, for whoever follows the state.
+  ChangeLog changes;
 
   const Number& energy() const { return energy_; }
-  const Number& body(size_t constraint) const { return constraints_[constraint].body; }
+  const Number& penalty(uint32_t constraint) const { return constraints_[constraint].penalty; }
+  bool is_violated(uint32_t constraint) const {
+    const ConsRecord<Number>& record = constraints_[constraint];
+    return violation(tables_, record, record.body) != 0;
+  }
+  // Calls f(constraint) for each one that holds variable i.
+  template <typename Function>
+  void for_each_constraint(uint32_t i, const Function& f) const;
 
   // Takes bodies, penalties and the energy from x, from the definition.
   void evaluate();
@@ -126,6 +142,7 @@ class SearchState {
 template <typename Number>
 SearchState<Number>::SearchState(const ModelImpl& model, const SearchTables<Number>& tables)
     : x(tables.variable_count, Number(0)),
+      changes(tables.variable_count),
       model_(model),
       tables_(tables),
       constraints_(tables.constraints) {
@@ -144,6 +161,15 @@ void SearchState<Number>::evaluate() {
   const std::vector<coeff_t> ints = ints_of(model_, state);
   evaluate_constraints(model_, tables_, words.data(), ints.data(), constraints_);
   energy_ = number_from<Number>(full_energy(model_, words.data(), ints.data()));
+  changes.note_all();
+}
+
+template <typename Number>
+template <typename Function>
+void SearchState<Number>::for_each_constraint(uint32_t i, const Function& f) const {
+  const VariableRow<Number>& row = tables_.variables[i];
+  for (uint64_t k = row.bands_begin; k < row.gaps_end; ++k) f(tables_.simple_bodies[k].cons);
+  for (uint64_t k = row.others_begin; k < row.others_end; ++k) f(tables_.other_bodies[k].cons);
 }
 
 template <typename Number>
@@ -224,6 +250,7 @@ inline void SearchState<Number>::apply_move(uint32_t i, const Number& value, con
   }
   x[i] = value;
   energy_ += delta;
+  changes.note(i);
 }
 
 }  // namespace zorv

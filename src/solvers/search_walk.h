@@ -3,12 +3,11 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
-#include <vector>
+#include <memory>
 
 #include "solvers/search_core.h"
 #include "solvers/search_draws.h"
-#include "solvers/search_moves.h"
+#include "solvers/state_history.h"
 
 namespace zorv {
 
@@ -20,8 +19,7 @@ class SearchWalk {
         tables(t),
         generator(worker_generator(c.opts.seed, thread)),
         state(c.model, t),
-        candidate_state_(t.variable_count),
-        candidate_bodies_(t.constraints.size()) {}
+        keeper_(c.add_keeper(std::make_unique<StateHistory<Number>>(c.model, state, c.wishes()))) {}
 
   IntSearchCore& core;
   const SearchTables<Number>& tables;
@@ -51,8 +49,7 @@ class SearchWalk {
 
   bool has_record_ = false;
   Number record_energy_{0};
-  // Scratch of submit_candidate.
-  std::vector<coeff_t> candidate_state_, candidate_bodies_;
+  StateKeeper& keeper_;
 };
 
 template <typename Number>
@@ -85,11 +82,9 @@ inline void SearchWalk<Number>::note_candidate() {
 
 template <typename Number>
 [[gnu::noinline]] void SearchWalk<Number>::submit_candidate() {
-  for (size_t i = 0; i < candidate_state_.size(); ++i) candidate_state_[i] = state.x[i];
-  for (size_t c = 0; c < candidate_bodies_.size(); ++c) candidate_bodies_[c] = state.body(c);
   const coeff_t energy(state.energy());
-  const std::lock_guard lock(core.mutex);
-  core.pool_add(candidate_state_, energy, candidate_bodies_);
+  const MutexLock lock(core.mutex);
+  core.submit(keeper_, energy);
 }
 
 }  // namespace zorv

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "solvers/annealing.h"
@@ -54,7 +53,7 @@ void SearchWorker<Number>::run() {
 
 template <typename Number>
 void SearchWorker<Number>::note_stagnation() {
-  const std::lock_guard lock(core_.mutex);
+  const MutexLock lock(core_.mutex);
   if (core_.has_best) stagnation_.note(core_.best_energy);
 }
 
@@ -67,9 +66,10 @@ void SearchWorker<Number>::choose_start(bool is_first_round) {
     return;
   }
   if ((walk_.generator() & 1) != 0) {
-    const std::lock_guard lock(core_.mutex);
+    const MutexLock lock(core_.mutex);
     if (core_.has_best) {
-      for (size_t i = 0; i < x.size(); ++i) x[i] = number_from<Number>(core_.best_state[i]);
+      const std::vector<coeff_t> best = core_.read_best();
+      for (size_t i = 0; i < x.size(); ++i) x[i] = number_from<Number>(best[i]);
     }
   }
   perturb_state(walk_.generator, tables_, stagnation_.rounds(), x);

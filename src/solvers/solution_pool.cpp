@@ -4,32 +4,36 @@
 
 namespace zorv {
 
-// A linear scan: only records and ties of single threads come this far.
-bool SolutionPool::holds(const std::vector<coeff_t>& state) const {
-  return std::any_of(entries_.begin(), entries_.end(),
-                     [&](const PoolEntry& entry) { return entry.state == state; });
-}
-
-void SolutionPool::offer_top_k(uint64_t k, const std::vector<coeff_t>& state, const coeff_t& energy,
-                               double tts) {
-  if (k == 0 || holds(state)) return;
-  if (entries_.size() >= k && energy >= entries_.back().energy) return;
+void SolutionPool::offer(StateKeeper& keeper, const coeff_t& energy, double tts, uint64_t most) {
+  if (holds_candidate(keeper)) return;
+  const KeptState kept = KeptState::of(keeper);
   const auto place =
       std::upper_bound(entries_.begin(), entries_.end(), energy,
                        [](const coeff_t& e, const PoolEntry& entry) { return e < entry.energy; });
-  entries_.insert(place, {energy, state, tts});
-  if (entries_.size() > k) entries_.pop_back();
+  entries_.insert(place, {energy, tts, keeper.hash(), kept});
+  by_hash_.emplace(keeper.hash(), kept);
+  if (most != 0 && entries_.size() > most) drop_last();
 }
 
-void SolutionPool::offer_tie(uint64_t cap, const std::vector<coeff_t>& state, const coeff_t& energy,
-                             double tts) {
-  if (cap != 0 && entries_.size() >= cap) return;
-  if (!holds(state)) entries_.push_back({energy, state, tts});
-}
-
-void SolutionPool::restart(const std::vector<coeff_t>& state, const coeff_t& energy, double tts) {
+void SolutionPool::clear() {
+  by_hash_.clear();
+  for (PoolEntry& entry : entries_) entry.kept.release();
   entries_.clear();
-  entries_.push_back({energy, state, tts});
+}
+
+bool SolutionPool::holds_candidate(const StateKeeper& keeper) const {
+  const auto [begin, end] = by_hash_.equal_range(keeper.hash());
+  return std::any_of(begin, end,
+                     [&](const auto& known) { return known.second.is_candidate(keeper); });
+}
+
+void SolutionPool::drop_last() {
+  PoolEntry& last = entries_.back();
+  auto [known, end] = by_hash_.equal_range(last.hash);
+  while (known->second != last.kept) ++known;
+  by_hash_.erase(known);
+  last.kept.release();
+  entries_.pop_back();
 }
 
 }  // namespace zorv

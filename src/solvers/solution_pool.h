@@ -2,38 +2,47 @@
 //
 //   top k        the k best states, by energy and among equals by arrival
 //   best energy  all states of the best energy seen so far, up to a cap; a new best empties it
+//
+// Under the mutex of the search, like the keepers whose states it lists.
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <deque>
+#include <unordered_map>
 
 #include "core/coeff.h"
+#include "solvers/state_keeper.h"
 
 namespace zorv {
 
 struct PoolEntry {
   coeff_t energy;
-  std::vector<coeff_t> state;  // binary variables as 0 and 1, then the integer variables
-  double tts;                  // seconds from the start of the search
+  double tts;  // seconds from the start of the search
+  uint64_t hash;
+  KeptState kept;
 };
 
 class SolutionPool {
  public:
-  const std::vector<PoolEntry>& entries() const { return entries_; }
+  const std::deque<PoolEntry>& entries() const { return entries_; }
 
-  // Keeps the candidate if it is new and among the k best; 0 keeps nothing.
-  void offer_top_k(uint64_t k, const std::vector<coeff_t>& state, const coeff_t& energy,
-                   double tts);
-  // A candidate as good as the best: keeps it if it is new and the cap, unless 0, leaves room.
-  void offer_tie(uint64_t cap, const std::vector<coeff_t>& state, const coeff_t& energy,
-                 double tts);
-  // A new best: the only entry from now on.
-  void restart(const std::vector<coeff_t>& state, const coeff_t& energy, double tts);
+  // Whether a new state would be taken; k and cap as in the search's options.
+  bool has_room_among(uint64_t k, const coeff_t& energy) const {
+    return k != 0 && (entries_.size() < k || energy < entries_.back().energy);
+  }
+  bool has_room_for_tie(uint64_t cap) const { return cap == 0 || entries_.size() < cap; }
+
+  // Takes the candidate of `keeper`, for which there is room, unless it is known. Above `most`
+  // entries, if that is not 0, the last one goes.
+  void offer(StateKeeper& keeper, const coeff_t& energy, double tts, uint64_t most);
+  void clear();
 
  private:
-  bool holds(const std::vector<coeff_t>& state) const;
+  bool holds_candidate(const StateKeeper& keeper) const;
+  void drop_last();
 
-  std::vector<PoolEntry> entries_;
+  std::deque<PoolEntry> entries_;  // by energy, then by arrival
+  std::unordered_multimap<uint64_t, KeptState> by_hash_;
 };
 
 }  // namespace zorv

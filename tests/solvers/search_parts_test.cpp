@@ -3,10 +3,13 @@
 #include <sched.h>
 
 #include <cmath>
+#include <iomanip>
 #include <iostream>
+#include <map>
 #include <random>
 #include <sstream>
 
+#include "reference/int_search.h"
 #include "solvers/fast_modulo.h"
 #include "solvers/generator.h"
 #include "solvers/progress.h"
@@ -15,6 +18,7 @@
 #include "solvers/search_draws.h"
 #include "solvers/search_models.h"
 #include "solvers/search_params.h"
+#include "solvers/state_history.h"
 #include "support/random.h"
 #include "zorv/exact_range.h"
 
@@ -99,7 +103,7 @@ TEST(SearchBounds, DrawnInIntervalsKeepEveryViolation) {
     Interval range{pick(), 0};
     range.second = range.first + below(random, 9);
     const std::vector<Interval> intervals = penalty_intervals(cons, range);
-    for (coeff_t body = range.first; body <= range.second; ++body) {
+    for (coeff_t body = range.first; body <= range.second; body += 1) {
       ASSERT_EQ(distance_to_set(body, intervals), violation_of(cons, body))
           << "round " << round << ", body " << body;
     }
@@ -240,24 +244,52 @@ TEST(SearchParams, DefaultsComeFromTheMachine) {
 
 // Pool ------------------------------------------------------------------------------------------
 
-// Candidates and pools as text: each a letter for the state and a digit for the energy.
+// Submits states and energies that a test makes up.
+class Source {
+ public:
+  explicit Source(IntSearchCore& core)
+      : core_(core),
+        tables_(core.model),
+        state_(core.model, tables_),
+        keeper_(core.add_keeper(
+            std::make_unique<StateHistory<coeff_t>>(core.model, state_, core.wishes()))) {}
+
+  void submit(const std::vector<coeff_t>& x, const coeff_t& energy) {
+    state_.x = x;
+    state_.evaluate();
+    const MutexLock lock(core_.mutex);
+    core_.submit(keeper_, energy);
+  }
+
+ private:
+  IntSearchCore& core_;
+  const SearchTables<coeff_t> tables_;
+  SearchState<coeff_t> state_;
+  StateKeeper& keeper_;
+};
+
+// Candidates, of two sources in turn, and pools as text: each a letter for the state and a digit
+// for the energy.
 std::string pool_after(const std::string& candidates, const IntSearchOpts& opts) {
   static const ModelHandle model = Sketch(integer(0, 999));
   IntSearchCore core(*model, opts);
+  Source sources[] = {Source(core), Source(core)};
   std::istringstream words(candidates);
-  for (std::string word; words >> word;) {
-    core.pool_add({coeff_t(word[0])}, coeff_t(word[1] - '0'), {});
+  int turn = 0;
+  for (std::string word; words >> word; turn = 1 - turn) {
+    sources[turn].submit({coeff_t(word[0])}, coeff_t(word[1] - '0'));
   }
+  const MutexLock lock(core.mutex);
   std::string text;
   double last_tts = 0.0;
   for (const PoolEntry& entry : core.pool.entries()) {
-    text += static_cast<char>(entry.state[0]) + entry.energy.str() + " ";
+    text += static_cast<char>(entry.kept.read()[0]) + entry.energy.str() + " ";
     if (opts.has_best_energy_sols) {
       EXPECT_GE(entry.tts, last_tts);
     }
     last_tts = entry.tts;
   }
-  return text + "best " + static_cast<char>(core.best_state[0]) + core.best_energy.str();
+  return text + "best " + static_cast<char>(core.read_best()[0]) + core.best_energy.str();
 }
 
 TEST(SearchPool, FollowsItsRules) {
@@ -291,32 +323,102 @@ TEST(SearchPool, FollowsItsRules) {
   }
 }
 
+// Kept states ----------------------------------------------------------------------------------
+
+// Against plain copies: a walk that moves, keeps and releases at random.
+template <typename Number>
+void compare_kept_states(uint64_t seed) {
+  Random random(seed);
+  const ExprImpl x = bit(), a = integer(-3, 9), b = integer(0, 99);
+  const ModelHandle model = Sketch(a * b - x)
+                                .between(a + b, 3, 20, 5)
+                                .in(a - b, {{-9, -6}, {3, 4}, {8, 8}}, 2)
+                                .between(a * b - x, 0, 30)
+                                .relu(a - coeff_t(2) * x, 1, 3);
+  const PlainSearch plain(*model, {});
+  const SearchTables<Number> tables(*model);
+  SearchState<Number> state(*model, tables);
+  StateHistory<Number> history(*model, state, {true, true});
+  state.evaluate();
+  std::vector<std::pair<uint64_t, std::vector<coeff_t>>> kept;
+  std::map<std::vector<coeff_t>, uint64_t> hashes;
+  for (int step = 0; step < 3000; ++step) {
+    for (uint64_t moves = below(random, 4); moves > 0; --moves) {
+      const auto i = static_cast<uint32_t>(below(random, tables.variable_count));
+      const VariableRow<Number>& row = tables.variables[i];
+      const Number value =
+          row.lo + Number(below(random, static_cast<uint64_t>(row.hi - row.lo) + 1));
+      if (value != state.x[i]) state.apply_move(i, value, state.move_delta(i, value));
+    }
+    const std::vector<coeff_t> now(state.x.begin(), state.x.end());
+    history.catch_up();
+    ASSERT_EQ(hashes.emplace(now, history.hash()).first->second, history.hash());
+    const ConstraintTally tally = history.tally();
+    ASSERT_EQ(tally.required, 3u);
+    ASSERT_EQ(tally.violated, plain.broken(now));
+    ASSERT_EQ(tally.penalties, plain.energy(now) - (now[1] * now[2] - now[0]));
+    if (below(random, 2) == 0) kept.emplace_back(history.keep(), now);
+    for (const auto& [number, expected] : kept) {
+      if (below(random, 8) != 0) continue;  // comparing leaves a whole copy behind
+      ASSERT_EQ(history.read(number), expected);
+      ASSERT_EQ(history.is_candidate(number, history), now == expected);
+    }
+    while (kept.size() > 12 || (!kept.empty() && below(random, 3) == 0)) {
+      const auto place = kept.begin() + static_cast<std::ptrdiff_t>(below(random, kept.size()));
+      history.release(place->first);
+      kept.erase(place);
+    }
+  }
+}
+
+TEST(StateHistory, KeepsWhatCopiesWouldKeep) {
+  compare_kept_states<int64_t>(1);
+  compare_kept_states<coeff_t>(2);
+}
+
 // Progress line ---------------------------------------------------------------------------------
 
 TEST(SearchProgress, TellsWhatTheModelHas) {
-  const ExprImpl a = integer(0, 99);
+  const ExprImpl a = integer(-99, 99);
   const auto rule = [&](Sketch sketch) {
     return sketch.between(a, 0, 5, 2).in(a, {{3, 3}, {9, 9}});
   };
   const struct {
     ModelHandle model;
-    std::vector<coeff_t> bodies;
+    coeff_t value;
     const char* expected;
   } rows[] = {
-      {Sketch(a), {}, "TTS = 0.062s Energy = -7\n"},
-      {Sketch(a).abs(a, 1, 4), {-2}, "TTS = 0.062s Energy = -7 Obj = -15\n"},
-      {rule(a), {3, 3}, "TTS = 0.062s Energy = -7 Obj = -7 Viol = 0/2\n"},
-      {rule(a), {8, 8}, "TTS = 0.062s Energy = -7 Obj = -26 Viol = 2/2\n"},
-      {rule(Sketch(a).relu(a, 2)), {3, 9, 9}, "TTS = 0.062s Energy = -7 Obj = -48 Viol = 1/2\n"},
+      {Sketch(a), 0, "s Energy = -7\n"},
+      {Sketch(a).abs(a, 1, 4), -2, "s Energy = -7 Obj = -15\n"},
+      {rule(a), 3, "s Energy = -7 Obj = -7 Viol = 0/2\n"},
+      {rule(a), 8, "s Energy = -7 Obj = -26 Viol = 2/2\n"},
+      {rule(Sketch(a).relu(a - 3, 2)), 9, "s Energy = -7 Obj = -75 Viol = 1/2\n"},
   };
   for (const auto& row : rows) {
+    IntSearchOpts opts;
+    opts.enable_default_callback = true;
+    IntSearchCore core(*row.model, opts);
     ::testing::internal::CaptureStdout();
-    print_progress(*row.model, 0.0625, -7, row.bodies);
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), row.expected);
+    Source(core).submit({row.value}, -7);
+    const std::string line = ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(line.substr(line.find("s E")), row.expected);
   }
-  EXPECT_EQ(std::cout.precision(), 3);
-  EXPECT_EQ(std::cout.fill(), '0');
-  EXPECT_EQ(std::cout.flags() & std::ios::floatfield, std::ios::fixed);
+}
+
+TEST(SearchProgress, LeavesTheStreamAsItWas) {
+  std::ios saved(nullptr);
+  saved.copyfmt(std::cout);
+  std::cout << std::hex << std::showbase << std::scientific << std::setprecision(9)
+            << std::setfill('*') << std::setw(30);
+  ::testing::internal::CaptureStdout();
+  print_progress(*ModelHandle(Sketch(integer(0, 9))), 1234.0625, 10, {0, 12, 11});
+  const std::string line = ::testing::internal::GetCapturedStdout();
+  std::ostringstream after;
+  after.copyfmt(std::cout);
+  std::cout.copyfmt(saved);
+  EXPECT_EQ(line, "TTS = 1234.062s Energy = 10 Viol = 11/12\n");
+  after << 0.5;
+  EXPECT_EQ(after.str(), "***************5.000000000e-01");  // even the width is still there
 }
 
 TEST(SearchProgress, AppearsOnceForEachNewBest) {
@@ -325,8 +427,9 @@ TEST(SearchProgress, AppearsOnceForEachNewBest) {
     IntSearchOpts opts;
     opts.enable_default_callback = is_on;
     IntSearchCore core(*model, opts);
+    Source source(core);
     ::testing::internal::CaptureStdout();
-    for (const int energy : {9, 9, 10, 8}) core.pool_add({energy}, energy, {});
+    for (const int energy : {9, 9, 10, 8}) source.submit({energy}, energy);
     std::istringstream lines(::testing::internal::GetCapturedStdout());
     std::string energies;
     for (std::string line; std::getline(lines, line);) energies += line.substr(line.find("s E"));
@@ -390,7 +493,7 @@ TEST(SearchEvents, TimerShowsTheBestSoFar) {
   IntSearchCore core(*model, opts);
   core.fire_start_event();
   core.serve_timer();
-  core.pool_add({1, 30}, 31, {});
+  Source(core).submit({1, 30}, 31);
   core.serve_timer();
   EXPECT_EQ(timer.ticks,
             (std::vector<std::string>{"0:7 bits 7", "2:0 7", "1:31 bits 30", "2:31 bits 30"}));
