@@ -160,6 +160,7 @@ unsigned fine_bits(const Source<int64_t>& source, const SearchBound<Coeff>& boun
   return bits;
 }
 void refine(Source<int64_t>& source, int64_t scale) {
+  if (scale == 1) return;
   for (int64_t& coeff : source.linear) coeff *= scale;
   for (auto& pair : source.pairs) pair.coeff *= scale;
   for (int64_t& coeff : source.product_coeffs) coeff *= scale;
@@ -190,8 +191,9 @@ std::unique_ptr<Engine> quadratic_engine(Parts<int64_t> parts) {
 std::unique_ptr<Engine> machine_engine(Parts<int64_t> parts, bool has_room_for_spins) {
   const Source<int64_t>& source = parts.source;
   if (source.product_coeffs.empty()) return quadratic_engine(std::move(parts));
-  if (has_room_for_spins && !parts.shared.time_is_up()) {
-    if (const auto form = cheaper_spin_form(source)) {
+  if (has_room_for_spins) {
+    const auto is_over = [&] { return parts.shared.time_is_up(); };
+    if (const auto form = cheaper_spin_form(source, is_over)) {
       return fields_fit_32(*form, source.size())
                  ? spin_engine<int32_t>(*form, std::move(parts), "int32")
                  : spin_engine<int64_t>(*form, std::move(parts), "int64");

@@ -1,7 +1,7 @@
 #include "easysolver/source_of_model.h"
 
 #include <algorithm>
-#include <map>
+#include <numeric>
 
 #include "common/literal.h"
 
@@ -41,23 +41,33 @@ bool is_square_of_linear(const BinaryConstraint& c) {
          c.allowed[0].first == c.allowed[0].second;
 }
 
-// The body as a sum of plain variables: a complement ~x is 1 - x.
+// The body as a sum of plain variables, each once and ascending: a complement ~x is 1 - x.
 struct LinearBody {
-  std::map<uint32_t, Coeff> coeffs;
+  std::vector<std::pair<uint32_t, Coeff>> coeffs;
   Coeff constant;
 };
 LinearBody linear_body(const BinaryConstraint& c) {
   LinearBody body = {{}, c.body_constant};
+  auto& terms = body.coeffs;
   for (uint64_t t = 0; t < c.linear_count; ++t) {
     const uint32_t literal = c.body.literals[t];
     const Coeff& coeff = c.body.coeffs[t];
-    if (is_complement(literal)) {
-      body.constant += coeff;
-      body.coeffs[variable_of(literal)] -= coeff;
-    } else {
-      body.coeffs[literal] += coeff;
+    if (is_complement(literal)) body.constant += coeff;
+    terms.emplace_back(variable_of(literal), is_complement(literal) ? Coeff(-coeff) : coeff);
+  }
+  const auto is_before = [](const auto& a, const auto& b) { return a.first < b.first; };
+  if (!std::is_sorted(terms.begin(), terms.end(), is_before)) {
+    std::sort(terms.begin(), terms.end(), is_before);
+  }
+  size_t count = 0;
+  for (size_t t = 0; t < terms.size(); ++t) {
+    if (count > 0 && terms[count - 1].first == terms[t].first) {
+      terms[count - 1].second += terms[t].second;
+    } else if (count++ != t) {
+      terms[count - 1] = std::move(terms[t]);
     }
   }
+  terms.resize(count);
   return body;
 }
 
@@ -81,14 +91,14 @@ void add_square(const BinaryConstraint& c, Source<E>& source, Coeff& constant) {
 template <typename E>
 class BodyBuilder {
  public:
-  explicit BodyBuilder(uint32_t variables) : uses_(variables) {}
+  explicit BodyBuilder(uint32_t variables) { table_.use_head.assign(variables + 1, 0); }
 
   void add(const BinaryConstraint& c) {
     const auto number = static_cast<uint32_t>(table_.constraints.size());
     const LinearBody body = linear_body(c);
     Coeff start = body.constant;
     for (const auto& [variable, coeff] : body.coeffs) {
-      use_of(variable, number).coeff = static_cast<E>(coeff);
+      parts_.push_back({variable, number, kNoProduct, static_cast<E>(coeff)});
     }
     for (uint64_t t = c.linear_count; t < c.body.size(); ++t) add_product(c, t, number, start);
     // Bounds are taken relative to the body's constant, so it may be large.
@@ -97,28 +107,44 @@ class BodyBuilder {
   }
 
   BodyTable<E> take() {
-    for (const auto& uses : uses_) {
-      for (const Use& use : uses) {
-        const auto products = static_cast<uint32_t>(use.products.size());
-        table_.uses.push_back({use.constraint, products, table_.product_uses.size(), use.coeff});
-        table_.product_uses.insert(table_.product_uses.end(), use.products.begin(),
-                                   use.products.end());
-      }
-      table_.use_head.push_back(table_.uses.size());
+    uint32_t variable = 0;
+    for (const uint64_t k : order_by_variable()) {
+      const Part& part = parts_[k];
+      while (variable < part.variable) table_.use_head[++variable] = table_.uses.size();
+      use_of(part).coeff += part.coeff;
+      if (part.product == kNoProduct) continue;
+      ++table_.uses.back().products;
+      table_.product_uses.push_back(part.product);
     }
+    while (variable + 1 < table_.use_head.size()) table_.use_head[++variable] = table_.uses.size();
     return std::move(table_);
   }
 
  private:
-  struct Use {
-    uint32_t constraint;
-    E coeff;
-    std::vector<uint64_t> products;
+  // A term of a constraint's body, as one of its variables sees it.
+  struct Part {
+    uint32_t variable, constraint;
+    uint64_t product;
+    E coeff;  // 0 in a product
   };
+  static constexpr uint64_t kNoProduct = ~uint64_t{0};
 
-  Use& use_of(uint32_t variable, uint32_t constraint) {
-    std::vector<Use>& uses = uses_[variable];
-    if (uses.empty() || uses.back().constraint != constraint) uses.push_back({constraint, 0, {}});
+  // The numbers of the parts; those of one variable stay in order.
+  std::vector<uint64_t> order_by_variable() const {
+    std::vector<uint64_t> next(table_.use_head.size());
+    for (const Part& part : parts_) ++next[part.variable + 1];
+    std::partial_sum(next.begin(), next.end(), next.begin());
+    std::vector<uint64_t> order(parts_.size());
+    for (uint64_t k = 0; k < parts_.size(); ++k) order[next[parts_[k].variable]++] = k;
+    return order;
+  }
+
+  typename BodyTable<E>::Use& use_of(const Part& part) {
+    auto& uses = table_.uses;
+    const bool is_first = uses.size() == table_.use_head[part.variable];
+    if (is_first || uses.back().constraint != part.constraint) {
+      uses.push_back({part.constraint, 0, table_.product_uses.size(), 0});
+    }
     return uses.back();
   }
 
@@ -127,7 +153,7 @@ class BodyBuilder {
     uint32_t false_ones = 0;
     for (uint64_t k = c.body.head[t]; k < c.body.head[t + 1]; ++k) {
       const uint32_t literal = c.body.literals[k];
-      use_of(variable_of(literal), number).products.push_back(product << 1 | literal >> 31);
+      parts_.push_back({variable_of(literal), number, product << 1 | literal >> 31, 0});
       if (!is_complement(literal)) ++false_ones;
     }
     if (false_ones == 0) start += c.body.coeffs[t];
@@ -156,11 +182,14 @@ class BodyBuilder {
   }
 
   BodyTable<E> table_;
-  std::vector<std::vector<Use>> uses_;
+  std::vector<Part> parts_;
 };
 
 template <typename E>
 void add_terms(const BinaryModel& model, Source<E>& source) {
+  for (const TermTable& table : model.terms) {
+    if (table.degree == 2) source.pairs.reserve(table.count);
+  }
   model.for_each_term([&](const Coeff& coeff, const uint32_t* literals, uint64_t degree) {
     const E value = number_of<E>(coeff);
     if (degree == 1) {

@@ -115,15 +115,18 @@ uint64_t work_as_spins(const SpinForm<E>& form) {
   return work;
 }
 
-// The spin form where it is worth its while. Energies times 2^degree must fit E.
-template <typename E>
-std::optional<SpinForm<E>> cheaper_spin_form(const Source<E>& source) {
+// The spin form where it is worth its while and is ready in time: is_over() tells when to give up.
+// Energies times 2^degree must fit E.
+template <typename E, typename IsOver>
+std::optional<SpinForm<E>> cheaper_spin_form(const Source<E>& source, const IsOver& is_over) {
+  constexpr uint64_t kProductsBetweenLooks = 1024;
   constexpr uint64_t kMostTerms = uint64_t{1} << 22;
   const uint32_t degree = degree_of(source);
   if (source.product_coeffs.empty() || degree > kMaxSpinDegree) return std::nullopt;
   SpinExpansion<E> expansion(source.size());
   const uint64_t most = work_as_products(source);
   for (uint64_t t = 0; t < source.product_coeffs.size(); ++t) {
+    if (t % kProductsBetweenLooks == 0 && is_over()) return std::nullopt;
     const uint64_t begin = source.product_head[t];
     const auto d = static_cast<uint32_t>(source.product_head[t + 1] - begin);
     expansion.add(&source.product_literals[begin], d,
