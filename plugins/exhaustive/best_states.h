@@ -57,14 +57,15 @@ class BestStates {
   }
 
  private:
+  // Without ++ and --, which Boost 1.74 gets wrong for negative numbers of more than one limb.
   void take_tie(State state, bool is_new_best) {
     if (is_new_best) {
       listed_.clear();
       limit_ = state.energy;
-      ++limit_;
+      limit_ += 1;
     }
     listed_.push_back(std::move(state));
-    if (listed_.size() == room_) --limit_;
+    if (listed_.size() == room_) limit_ -= 1;
   }
 
   // A heap with the worst state on top.

@@ -9,5 +9,9 @@
 namespace zorv::plugin {
 
 inline constexpr uint64_t state_of_rank(uint64_t rank) { return rank ^ (rank >> 1); }
+inline constexpr uint64_t rank_of_state(uint64_t state) {
+  for (int shift = 1; shift < 64; shift *= 2) state ^= state >> shift;
+  return state;
+}
 
 }  // namespace zorv::plugin

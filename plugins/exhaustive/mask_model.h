@@ -23,6 +23,14 @@ struct MaskTerm {
 };
 template <typename Number>
 using MaskTerms = std::vector<MaskTerm<Number>>;
+template <typename Number>
+Number value_of(const MaskTerms<Number>& terms, uint64_t state) {
+  Number sum = 0;
+  for (const MaskTerm<Number>& term : terms) {
+    if ((state & (term.ones | term.zeros)) == term.ones) sum += term.coeff;
+  }
+  return sum;
+}
 
 template <typename Number>
 struct MaskConstraint {
@@ -36,6 +44,16 @@ struct MaskModel {
   MaskTerms<Number> objective;  // without the model's constant
   std::vector<MaskConstraint<Number>> constraints;
 };
+
+template <typename Number>
+Number energy_of(const MaskModel<Number>& model, uint64_t state) {
+  Number energy = value_of(model.objective, state);
+  for (const MaskConstraint<Number>& c : model.constraints) {
+    const Number nearest = distance_to_set(value_of(c.body, state), c.rule.intervals);
+    energy += penalty(c.rule.weight, nearest, c.rule.is_squared ? 2 : 1);
+  }
+  return energy;
+}
 
 template <typename Number>
 void append_term(MaskTerms<Number>& terms, const Coeff& coeff, const uint32_t* literals,

@@ -1,17 +1,17 @@
 // Every thread takes segments of the assignments, in ascending order, until there are none left,
 // and keeps its own best states; they are put together at the end. The threads have in common a
 // counter of segments, a flag that stops them, and, only if somebody wants to know of it while the
-// search runs, the best energy of all.
+// search runs, the best energy of all. A search that was stopped ends with a descent.
 #include "exhaustive/search.h"
 
 #include <atomic>
 #include <chrono>
-#include <mutex>
-#include <thread>
 
 #include "common/progress.h"
 #include "exhaustive/best_states.h"
 #include "exhaustive/gray_walk.h"
+#include "zorv/engine/mutex.h"
+#include "zorv/engine/thread_team.h"
 
 namespace zorv::plugin {
 
@@ -38,7 +38,8 @@ class ExhaustiveSearch {
         masks_(make_mask_model<Number>(model)),
         is_best_shared_(params.enable_default_callback || params.target_energy.has_value()) {
     const auto above_all = static_cast<Number>(reach + 1);
-    const uint32_t wanted = params.threads != 0 ? params.threads : default_thread_count();
+    const uint32_t wanted =
+        std::min(params.threads != 0 ? params.threads : default_thread_count(), kMostThreads);
     while (wanted > 1 && segments() < uint64_t{kSegmentsPerThread} * wanted &&
            masks_.variables > kFewestWalked + fixed_) {
       ++fixed_;
@@ -49,13 +50,11 @@ class ExhaustiveSearch {
   }
 
   ExhaustiveResult run() {
-    std::vector<std::thread> threads;
-    for (size_t i = 1; i < workers_.size(); ++i) {
-      threads.emplace_back([this, i] { work(workers_[i]); });
-    }
+    ThreadTeam team(static_cast<uint32_t>(workers_.size() - 1),
+                    [this](uint32_t i) { work(workers_[i + 1]); });
     work(workers_[0]);
-    for (std::thread& thread : threads) thread.join();
-    return put_together();
+    team.join();
+    return put_together(team.size() + 1);
   }
 
  private:
@@ -123,17 +122,18 @@ class ExhaustiveSearch {
 
   // Tells of a state that may be the best of all threads.
   void share(const State& state) {
-    const std::lock_guard lock(best_mutex_);
+    const MutexLock lock(best_mutex_);
     if (best_of_all_ && state.energy >= *best_of_all_) return;
     best_of_all_ = state.energy;
     const Solution solution = solution_of(state);
     if (params_.enable_default_callback) {
       print_progress(model_, solution.tts, solution.energy, solution.bits.data());
     }
-    if (params_.target_energy && solution.energy <= *params_.target_energy &&
-        tally_constraints(model_, solution.bits.data()).violated == 0) {
-      is_stopped_ = true;
-    }
+    if (meets_target(solution)) is_stopped_ = true;
+  }
+  bool meets_target(const Solution& solution) const {
+    return params_.target_energy && solution.energy <= *params_.target_energy &&
+           tally_constraints(model_, solution.bits.data()).violated == 0;
   }
 
   Solution solution_of(const State& state) const {
@@ -142,7 +142,28 @@ class ExhaustiveSearch {
     return {Coeff(state.energy) + *model_.constant, std::move(bits), state.tts};
   }
 
-  ExhaustiveResult put_together() const {
+  // Flips single variables as long as that lowers the energy, but not from a state that meets the
+  // target to one that does not.
+  State descended(const State& from) const {
+    uint64_t state = state_of_rank(from.rank);
+    Number energy = from.energy;
+    for (bool has_moved = true; has_moved;) {
+      has_moved = false;
+      for (uint32_t i = 0; i < masks_.variables; ++i) {
+        const uint64_t neighbour = state ^ uint64_t { 1 } << i;
+        Number lower = energy_of(masks_, neighbour);
+        if (!(lower < energy)) continue;
+        state = neighbour;
+        energy = std::move(lower);
+        has_moved = true;
+      }
+    }
+    const State to = {std::move(energy), rank_of_state(state), elapsed_seconds()};
+    if (meets_target(solution_of(from)) && !meets_target(solution_of(to))) return from;
+    return to;
+  }
+
+  ExhaustiveResult put_together(uint32_t threads) const {
     ExhaustiveResult result;
     std::optional<State> best;
     std::vector<State> listed;
@@ -152,11 +173,18 @@ class ExhaustiveSearch {
       listed.insert(listed.end(), kept.listed().begin(), kept.listed().end());
       result.states += worker.states;
     }
+    result.is_complete = result.states == uint64_t{1} << masks_.variables;
+    if (!result.is_complete) {
+      State lower = descended(*best);
+      if (lower.energy < best->energy) {
+        listed.push_back(lower);
+        best = std::move(lower);
+      }
+    }
     result.best = solution_of(*best);
     result.listed = list_of(std::move(listed), best->energy);
     result.is_list_wanted = params_.has_best_energy_sols || params_.topk_sols != 0;
-    result.is_complete = result.states == uint64_t{1} << masks_.variables;
-    result.threads = static_cast<uint32_t>(workers_.size());
+    result.threads = threads;
     return result;
   }
 
@@ -185,8 +213,8 @@ class ExhaustiveSearch {
 
   std::atomic<uint64_t> next_segment_ = 0;
   std::atomic<bool> is_stopped_ = false;
-  std::mutex best_mutex_;
-  std::optional<Number> best_of_all_;  // under the mutex
+  Mutex best_mutex_;
+  std::optional<Number> best_of_all_ ZORV_GUARDED_BY(best_mutex_);
 };
 
 template <typename Lanes>

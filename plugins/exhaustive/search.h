@@ -23,8 +23,9 @@ struct ExhaustiveResult {
   std::string numbers;  // the number type: "int32", "int64" or "unbounded"
 };
 
-// Aborts on more than kMostVariables. A complete search has the same result whatever the number of
-// threads, but for times.
+// At most kMostVariables. A complete search has the same result whatever the number of threads, but
+// for times. One that was stopped gives a state that no flip of a single variable improves, except
+// by violating a requirement where the target is met.
 ExhaustiveResult search_all(const BinaryModel& model, const SearchParams& params);
 
 }  // namespace zorv::plugin

@@ -273,13 +273,6 @@ TEST(EasySolver, SolvesAssignments) {
   }
 }
 
-void expect_local_minimum(const AbiModel& m, const Found& found) {
-  EXPECT_EQ(found.energy, m.energy(found.state));
-  for (uint64_t i = 0; i < m.variables; ++i) {
-    EXPECT_GE(m.energy(found.state ^ uint64_t{1} << i), found.energy) << "flip of " << i;
-  }
-}
-
 // Products of three spins, which have fewer terms in spins than in variables.
 AbiModel spin_model(RandomModels& random, uint64_t variables, const Coeff& scale) {
   AbiModel m{variables, 0, {{}, {}, {}}};
@@ -347,6 +340,16 @@ TEST(EasySolver, FindsAnIndependentSetOfALargeGraphWithinItsTime) {
     size += answer.is_one(i);
   }
   EXPECT_EQ(answer.best.energy, -size);
+}
+
+TEST(EasySolver, DoesWithTheThreadsThatItGets) {
+  const AbiModel m = chain();
+  const auto threads = [&] {
+    const Solver solver(m);
+    search(solver, 60, {{"threads", "-1"}, {"time_limit", "0.01"}});
+    return facts_of(solver)["threads"];
+  };
+  EXPECT_TRUE_WITHOUT_THREADS(threads() == "1");
 }
 
 TEST(EasySolver, RefusesBadParameters) {

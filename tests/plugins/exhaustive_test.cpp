@@ -4,6 +4,7 @@
 #include <csignal>
 #include <map>
 
+#include "exhaustive/best_states.h"
 #include "plugins/found.h"
 
 namespace zorv::test {
@@ -165,7 +166,15 @@ TEST(ExhaustiveLibrary, StopsWhenTheTimeIsUpOrTheTargetIsReached) {
     const Answer answer = search(m, {end, {"threads", "2"}});
     EXPECT_EQ(answer.facts.at("complete"), "0");
     EXPECT_LT(std::stoull(answer.facts.at("states")), uint64_t{1} << 40);
-    EXPECT_EQ(answer.best.energy, m.energy(answer.best.state));
+    expect_local_minimum(m, answer.best);
+  }
+  RandomModels models(4);
+  for (int round = 0; round < 20; ++round) {
+    const AbiModel any = models.make(40, kScales[round % 4]);
+    const char* const key = round % 2 == 0 ? "topk_sols" : "best_energy_sols";
+    const Answer answer = search(any, {{key, "3"}, {"time_limit", "nan"}, {"threads", "1"}});
+    expect_local_minimum(any, answer.best);
+    EXPECT_EQ(answer.list.at(0), answer.best);
   }
   // A state as good as the target that violates a requirement is not what was asked for.
   AbiModel easy{24, 0, {{}}, {m.constraints[0]}};
@@ -178,6 +187,31 @@ TEST(ExhaustiveLibrary, StopsWhenTheTimeIsUpOrTheTargetIsReached) {
     EXPECT_EQ(answer.best, (Found{-1, 3}));
     easy.constraints[0].shape_kind = 1;
   }
+}
+
+// Energies up to a limit just above the best are of interest, also where a limb of it is all zeros
+// or all ones.
+TEST(BestStates, TakesTiesAndNothingAbove) {
+  plugin::SearchParams params;
+  params.has_best_energy_sols = true;
+  params.best_energy_cap = 2;
+  for (const unsigned bits : {1, 63, 64, 65, 90, 128, 192}) {
+    for (int offset = -2; offset <= 2; ++offset) {
+      for (const int sign : {-1, 1}) {
+        const Coeff best = sign * (Coeff(1) << bits) + offset;
+        plugin::BestStates<Coeff> kept(params, Coeff(1) << 200);
+        EXPECT_TRUE(kept.take(best, 0, 0));
+        EXPECT_EQ(kept.limit(), best + 1);
+        EXPECT_FALSE(kept.take(best, 1, 0));
+        EXPECT_EQ(kept.limit(), best);
+      }
+    }
+  }
+}
+
+TEST(ExhaustiveLibrary, DoesWithTheThreadsThatItGets) {
+  const std::vector<ParamPair> params = {{"threads", "-1"}, {"time_limit", "0.01"}};
+  EXPECT_TRUE_WITHOUT_THREADS(search(large_model(), params).facts.at("threads") == "1");
 }
 
 TEST(ExhaustiveLibrary, PrintsALineForEachNewBest) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <ostream>
@@ -42,6 +44,14 @@ class Output {
   SolutionOut record_ = {&nbits_, &nwords_, &energy_, words_.data(), &tts_};
 };
 
+// That no flip of a single variable has less energy.
+inline void expect_local_minimum(const AbiModel& m, const Found& found) {
+  EXPECT_EQ(found.energy, m.energy(found.state));
+  for (uint64_t i = 0; i < m.variables; ++i) {
+    EXPECT_GE(m.energy(found.state ^ uint64_t{1} << i), found.energy) << "flip of " << i;
+  }
+}
+
 // All states, by energy and among equals in the order of the Gray code.
 inline std::vector<Found> all_states(const AbiModel& m) {
   std::vector<Found> states;
@@ -52,6 +62,19 @@ inline std::vector<Found> all_states(const AbiModel& m) {
   std::stable_sort(states.begin(), states.end(),
                    [](const Found& a, const Found& b) { return a.energy < b.energy; });
   return states;
+}
+
+// Expects of statements that they come to the value `true` where no thread can be started.
+#define EXPECT_TRUE_WITHOUT_THREADS(...)                                            \
+  EXPECT_EXIT(std::_Exit(zorv::test::allow_no_threads() && !(__VA_ARGS__) ? 1 : 0), \
+              ::testing::ExitedWithCode(0), ::testing::Eq(""))
+
+// Root may always start threads, so it becomes nobody; false where it cannot.
+inline bool allow_no_threads() {
+  constexpr uid_t kNobody = 65534;
+  const rlimit none = {0, 0};
+  return (geteuid() != 0 || setresuid(kNobody, kNobody, kNobody) == 0) &&
+         setrlimit(RLIMIT_NPROC, &none) == 0;
 }
 
 }  // namespace zorv::test
