@@ -1,10 +1,12 @@
 // Fields of a polynomial in spins. Each term's value is kept; the flip of a spin negates the values
 // of its terms, and raises the energy by -2 times their sum. Kept are these rises themselves. The
 // flipped spin is updated like all others of its terms: that adds up to its rise negated, as it has
-// to be.
+// to be. So is the variable that fills up short terms, but what it adds up to means nothing, and no
+// bound holds for it: sums wrap around.
 #pragma once
 
 #include <algorithm>
+#include <type_traits>
 #include <vector>
 
 #include "easysolver/kernels.h"
@@ -26,7 +28,7 @@ class SpinFields {
     values_ = table_->coeffs;
     for (uint64_t t = 0; t < values_.size(); ++t) {
       for (uint32_t k = 0; k < table_->degree; ++k) {
-        fields_[table_->variables[t * table_->degree + k]] -= 2 * values_[t];
+        add(fields_[table_->variables[t * table_->degree + k]], -2 * values_[t]);
       }
     }
     fields_[table_->size()] = 0;
@@ -55,6 +57,11 @@ class SpinFields {
   }
 
  private:
+  static void add(Num& sum, Num step) {
+    using Wrapping = std::make_unsigned_t<Num>;
+    sum = static_cast<Num>(static_cast<Wrapping>(sum) + static_cast<Wrapping>(step));
+  }
+
   template <uint32_t kDegree>
   void negate_terms(uint32_t j) {
     Num* const fields = fields_.data();
@@ -63,9 +70,9 @@ class SpinFields {
       const Num step = 4 * values_[*use];
       values_[*use] = -values_[*use];
       const uint32_t* const variables = &table_->variables[uint64_t{*use} * kDegree];
-      for (uint32_t k = 0; k < kDegree; ++k) fields[variables[k]] += step;
+      for (uint32_t k = 0; k < kDegree; ++k) add(fields[variables[k]], step);
     }
-    fields[table_->size()] = 0;  // of the variable that fills up short terms
+    fields[table_->size()] = 0;
   }
 
   const Table* table_;

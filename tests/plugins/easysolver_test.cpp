@@ -273,7 +273,8 @@ TEST(EasySolver, SolvesAssignments) {
   }
 }
 
-// Products of three spins, which have fewer terms in spins than in variables.
+// Products of three spins, which have fewer terms in spins than in variables; now and then with
+// linear terms that are beyond 32 bits all together, though no field is.
 AbiModel spin_model(RandomModels& random, uint64_t variables, const Coeff& scale) {
   AbiModel m{variables, 0, {{}, {}, {}}};
   for (uint32_t t = 0; t < 2 * variables; ++t) {
@@ -288,6 +289,8 @@ AbiModel spin_model(RandomModels& random, uint64_t variables, const Coeff& scale
       m.degrees[term.size() - 1].add(factors[term.size() - 1] * coeff, term);
     }
   }
+  const Coeff field = random.below(2) == 0 ? 0 : 20'000'000;
+  for (uint32_t i = 0; i < variables; ++i) m.degrees[0].add(field, {i});
   return m;
 }
 
