@@ -86,7 +86,7 @@ class EnumerationWalk {
   const SearchTables<Number>& tables_;
   std::vector<Number> x_;
   Number energy_{0};
-  std::vector<ConsRecord<Number>> constraints_;
+  std::vector<ConsState<Number>> constraints_;
 
   std::vector<Digit> digits_;
   std::vector<uint32_t> focus_;  // one more than digits; [0] is the digit of the next step
@@ -105,7 +105,7 @@ inline void add_directed(coeff_t& sum, const coeff_t& coeff, int direction) {
 
 template <typename Number>
 EnumerationWalk<Number>::EnumerationWalk(const ModelImpl& model, const SearchTables<Number>& tables)
-    : tables_(tables), constraints_(tables.constraints) {
+    : tables_(tables), constraints_(tables.constraints.size()) {
   for (const VariableRow<Number>& row : tables.variables) x_.push_back(row.lo);
   const std::vector<uint64_t> words(words_for(tables.bit_count));
   energy_ = number_from<Number>(full_energy(model, words.data(), model.int_lo.data()));
@@ -131,7 +131,7 @@ void EnumerationWalk<Number>::add_rows() {
   }
   for (uint32_t i = 0; i < tables_.variable_count; ++i) {
     const VariableRow<Number>& variable = tables_.variables[i];
-    for (uint64_t k = variable.others_begin; k < variable.others_end; ++k) {
+    for (uint64_t k = variable.others_begin; k < variable.others_end(); ++k) {
       const OtherBodyEntry<Number>& body = tables_.other_bodies[k];
       add_row(i, body.part, [&](uint32_t other) { return body_row(other, body.cons); });
     }
@@ -144,7 +144,7 @@ uint32_t EnumerationWalk<Number>::body_row(uint32_t variable, uint32_t cons) con
   const VariableRow<Number>& row = tables_.variables[variable];
   const auto entry = std::lower_bound(
       bodies + static_cast<std::ptrdiff_t>(row.others_begin),
-      bodies + static_cast<std::ptrdiff_t>(row.others_end), cons,
+      bodies + static_cast<std::ptrdiff_t>(row.others_end()), cons,
       [](const OtherBodyEntry<Number>& body, uint32_t c) { return body.cons < c; });
   return tables_.variable_count + static_cast<uint32_t>(entry - bodies);
 }
@@ -213,26 +213,29 @@ inline void EnumerationWalk<Number>::move(uint32_t variable, int direction) {
   Number& x = x_[variable];
   const VariableRow<Number>& row = tables_.variables[variable];
   Number delta = change(rows_[variable], x, direction);
-  const auto settle = [&](ConsRecord<Number>& record, Number penalty) {
+  const auto settle = [&](ConsState<Number>& state, Number penalty) {
     delta += penalty;
-    delta -= record.penalty;
-    record.penalty = std::move(penalty);
+    delta -= state.penalty;
+    state.penalty = std::move(penalty);
   };
   const SimpleBodyEntry<Number>* const simple = tables_.simple_bodies.data();
-  for (uint64_t k = row.bands_begin; k < row.gaps_begin; ++k) {
-    ConsRecord<Number>& record = constraints_[simple[k].cons];
-    add_directed(record.body, simple[k].coeff, direction);
-    settle(record, penalty_for(record, band_violation(record, record.body)));
+  for (uint64_t k = row.bands_begin; k < row.gaps_begin(); ++k) {
+    ConsState<Number>& state = constraints_[simple[k].cons];
+    const ConsRule<Number>& rule = tables_.rules[simple[k].rule];
+    add_directed(state.body, simple[k].coeff, direction);
+    settle(state, penalty_for(rule, band_violation(rule, state.body)));
   }
-  for (uint64_t k = row.gaps_begin; k < row.gaps_end; ++k) {
-    ConsRecord<Number>& record = constraints_[simple[k].cons];
-    add_directed(record.body, simple[k].coeff, direction);
-    settle(record, penalty_for(record, gap_violation(record, record.body)));
+  for (uint64_t k = row.gaps_begin(); k < row.gaps_end(); ++k) {
+    ConsState<Number>& state = constraints_[simple[k].cons];
+    const ConsRule<Number>& rule = tables_.rules[simple[k].rule];
+    add_directed(state.body, simple[k].coeff, direction);
+    settle(state, penalty_for(rule, gap_violation(rule, state.body)));
   }
-  for (uint64_t k = row.others_begin; k < row.others_end; ++k) {
-    ConsRecord<Number>& record = constraints_[tables_.other_bodies[k].cons];
-    record.body += change(rows_[tables_.variable_count + k], x, direction);
-    settle(record, penalty_at(tables_, record, record.body));
+  for (uint64_t k = row.others_begin; k < row.others_end(); ++k) {
+    const uint32_t cons = tables_.other_bodies[k].cons;
+    ConsState<Number>& state = constraints_[cons];
+    state.body += change(rows_[tables_.variable_count + k], x, direction);
+    settle(state, penalty_at(tables_, cons, state.body));
   }
   add_directed(x, Number(1), direction);
   energy_ += delta;

@@ -19,58 +19,57 @@ namespace zorv {
 
 // Violations without a branch for machine integers: on which side of an end a body lies is as good
 // as random.
-inline int64_t band_violation(const ConsRecord<int64_t>& c, int64_t body) {
+inline int64_t band_violation(const ConsRule<int64_t>& c, int64_t body) {
   return std::max(std::max(c.lo - body, body - c.hi), int64_t{0});
 }
-inline int64_t gap_violation(const ConsRecord<int64_t>& c, int64_t body) {
+inline int64_t gap_violation(const ConsRule<int64_t>& c, int64_t body) {
   return std::max(std::min(body - c.lo, c.hi - body), int64_t{0});
 }
 
-inline coeff_t band_violation(const ConsRecord<coeff_t>& c, const coeff_t& body) {
+inline coeff_t band_violation(const ConsRule<coeff_t>& c, const coeff_t& body) {
   return distance(body, c.lo, c.hi);
 }
-inline coeff_t gap_violation(const ConsRecord<coeff_t>& c, const coeff_t& body) {
+inline coeff_t gap_violation(const ConsRule<coeff_t>& c, const coeff_t& body) {
   if (body <= c.lo || c.hi <= body) return 0;
   return std::min(coeff_t(body - c.lo), coeff_t(c.hi - body));
 }
 
-inline int64_t penalty_for(const ConsRecord<int64_t>& c, int64_t violation) {
+inline int64_t penalty_for(const ConsRule<int64_t>& c, int64_t violation) {
   return violation * (c.once + c.squared * violation);
 }
-inline coeff_t penalty_for(const ConsRecord<coeff_t>& c, coeff_t violation) {
+inline coeff_t penalty_for(const ConsRule<coeff_t>& c, coeff_t violation) {
   if (!is_zero(violation)) violation *= c.once + c.squared * violation;
   return violation;
 }
 
+// Of constraint `c` where its body is `body`.
 template <typename Number>
-Number violation(const SearchTables<Number>& tables, const ConsRecord<Number>& c,
-                 const Number& body) {
-  switch (c.shape) {
+Number violation(const SearchTables<Number>& tables, size_t c, const Number& body) {
+  const ConsKind& kind = tables.constraints[c];
+  switch (kind.shape) {
     case ConsShape::kBand:
-      return band_violation(c, body);
+      return band_violation(tables.rules[kind.rule], body);
     case ConsShape::kGap:
-      return gap_violation(c, body);
+      return gap_violation(tables.rules[kind.rule], body);
     case ConsShape::kSet:
       break;
   }
-  return distance_to_set(body, tables.sets[c.set]);
+  return distance_to_set(body, tables.sets[kind.set]);
 }
 
 template <typename Number>
-Number penalty_at(const SearchTables<Number>& tables, const ConsRecord<Number>& c,
-                  const Number& body) {
-  return penalty_for(c, violation(tables, c, body));
+Number penalty_at(const SearchTables<Number>& tables, size_t c, const Number& body) {
+  return penalty_for(tables.rules[tables.constraints[c].rule], violation(tables, c, body));
 }
 
 // Takes bodies and penalties from an assignment, from the definition.
 template <typename Number>
 void evaluate_constraints(const ModelImpl& model, const SearchTables<Number>& tables,
                           const uint64_t* words, const coeff_t* ints,
-                          std::vector<ConsRecord<Number>>& records) {
-  for (size_t c = 0; c < records.size(); ++c) {
-    ConsRecord<Number>& record = records[c];
-    record.body = number_from<Number>(body_value(model.native_cons[c], words, ints));
-    record.penalty = penalty_at(tables, record, record.body);
+                          std::vector<ConsState<Number>>& states) {
+  for (size_t c = 0; c < states.size(); ++c) {
+    states[c].body = number_from<Number>(body_value(model.native_cons[c], words, ints));
+    states[c].penalty = penalty_at(tables, c, states[c].body);
   }
 }
 
@@ -112,8 +111,7 @@ class SearchState {
   const Number& energy() const { return energy_; }
   const Number& penalty(uint32_t constraint) const { return constraints_[constraint].penalty; }
   bool is_violated(uint32_t constraint) const {
-    const ConsRecord<Number>& record = constraints_[constraint];
-    return violation(tables_, record, record.body) != 0;
+    return violation(tables_, constraint, constraints_[constraint].body) != 0;
   }
   // Calls f(constraint) for each one that holds variable i.
   template <typename Function>
@@ -132,7 +130,7 @@ class SearchState {
 
   const ModelImpl& model_;
   const SearchTables<Number>& tables_;
-  std::vector<ConsRecord<Number>> constraints_;
+  std::vector<ConsState<Number>> constraints_;
   // For each constraint of the variable, simple ones first. Two arrays, so that what is stored as
   // one word is loaded as one word.
   std::vector<Number> pending_bodies_, pending_penalties_;
@@ -145,10 +143,10 @@ SearchState<Number>::SearchState(const ModelImpl& model, const SearchTables<Numb
       changes(tables.variable_count),
       model_(model),
       tables_(tables),
-      constraints_(tables.constraints) {
+      constraints_(tables.constraints.size()) {
   uint64_t longest = 0;
   for (const VariableRow<Number>& row : tables.variables) {
-    longest = std::max(longest, row.gaps_end - row.bands_begin + row.others_end - row.others_begin);
+    longest = std::max(longest, uint64_t{row.band_count} + row.gap_count + row.other_count);
   }
   pending_bodies_.resize(longest);
   pending_penalties_.resize(longest);
@@ -168,8 +166,8 @@ template <typename Number>
 template <typename Function>
 void SearchState<Number>::for_each_constraint(uint32_t i, const Function& f) const {
   const VariableRow<Number>& row = tables_.variables[i];
-  for (uint64_t k = row.bands_begin; k < row.gaps_end; ++k) f(tables_.simple_bodies[k].cons);
-  for (uint64_t k = row.others_begin; k < row.others_end; ++k) f(tables_.other_bodies[k].cons);
+  for (uint64_t k = row.bands_begin; k < row.gaps_end(); ++k) f(tables_.simple_bodies[k].cons);
+  for (uint64_t k = row.others_begin; k < row.others_end(); ++k) f(tables_.other_bodies[k].cons);
 }
 
 template <typename Number>
@@ -202,33 +200,38 @@ inline Number SearchState<Number>::move_delta(uint32_t i, const Number& value) {
   const VariableRow<Number>& row = tables_.variables[i];
   const Number from = x[i];
   const Number step = value - from;
-  Number delta = change(tables_.objective[i], from, value);
+  Number delta(0);
+  if (row.is_in_objective) delta = change(tables_.objective[i], from, value);
   uint64_t p = 0;
-  const auto enter = [&](const ConsRecord<Number>& record, Number body, Number penalty) {
-    delta += penalty - record.penalty;
+  const auto enter = [&](const ConsState<Number>& state, Number body, Number penalty) {
+    delta += penalty - state.penalty;
     pending_bodies_[p] = std::move(body);
     pending_penalties_[p] = std::move(penalty);
     ++p;
   };
   const SimpleBodyEntry<Number>* const simple = tables_.simple_bodies.data();
-  for (uint64_t k = row.bands_begin; k < row.gaps_begin; ++k) {
-    const ConsRecord<Number>& record = constraints_[simple[k].cons];
-    Number body = record.body + simple[k].coeff * step;
-    Number penalty = penalty_for(record, band_violation(record, body));
-    enter(record, std::move(body), std::move(penalty));
+  const ConsRule<Number>* const rules = tables_.rules.data();
+  const uint64_t gaps_begin = row.gaps_begin(), gaps_end = row.gaps_end();
+  for (uint64_t k = row.bands_begin; k < gaps_begin; ++k) {
+    const ConsState<Number>& state = constraints_[simple[k].cons];
+    const ConsRule<Number>& rule = rules[simple[k].rule];
+    Number body = state.body + simple[k].coeff * step;
+    Number penalty = penalty_for(rule, band_violation(rule, body));
+    enter(state, std::move(body), std::move(penalty));
   }
-  for (uint64_t k = row.gaps_begin; k < row.gaps_end; ++k) {
-    const ConsRecord<Number>& record = constraints_[simple[k].cons];
-    Number body = record.body + simple[k].coeff * step;
-    Number penalty = penalty_for(record, gap_violation(record, body));
-    enter(record, std::move(body), std::move(penalty));
+  for (uint64_t k = gaps_begin; k < gaps_end; ++k) {
+    const ConsState<Number>& state = constraints_[simple[k].cons];
+    const ConsRule<Number>& rule = rules[simple[k].rule];
+    Number body = state.body + simple[k].coeff * step;
+    Number penalty = penalty_for(rule, gap_violation(rule, body));
+    enter(state, std::move(body), std::move(penalty));
   }
-  for (uint64_t k = row.others_begin; k < row.others_end; ++k) {
+  for (uint64_t k = row.others_begin, end = row.others_end(); k < end; ++k) {
     const OtherBodyEntry<Number>& entry = tables_.other_bodies[k];
-    const ConsRecord<Number>& record = constraints_[entry.cons];
-    Number body = record.body + change(entry.part, from, value);
-    Number penalty = penalty_at(tables_, record, body);
-    enter(record, std::move(body), std::move(penalty));
+    const ConsState<Number>& state = constraints_[entry.cons];
+    Number body = state.body + change(entry.part, from, value);
+    Number penalty = penalty_at(tables_, entry.cons, body);
+    enter(state, std::move(body), std::move(penalty));
   }
   return delta;
 }
@@ -237,15 +240,15 @@ template <typename Number>
 inline void SearchState<Number>::apply_move(uint32_t i, const Number& value, const Number& delta) {
   const VariableRow<Number>& row = tables_.variables[i];
   uint64_t p = 0;
-  const auto settle = [&](ConsRecord<Number>& record) {
-    record.body = pending_bodies_[p];
-    record.penalty = pending_penalties_[p];
+  const auto settle = [&](ConsState<Number>& state) {
+    state.body = pending_bodies_[p];
+    state.penalty = pending_penalties_[p];
     ++p;
   };
-  for (uint64_t k = row.bands_begin; k < row.gaps_end; ++k) {
+  for (uint64_t k = row.bands_begin, end = row.gaps_end(); k < end; ++k) {
     settle(constraints_[tables_.simple_bodies[k].cons]);
   }
-  for (uint64_t k = row.others_begin; k < row.others_end; ++k) {
+  for (uint64_t k = row.others_begin, end = row.others_end(); k < end; ++k) {
     settle(constraints_[tables_.other_bodies[k].cons]);
   }
   x[i] = value;

@@ -9,8 +9,10 @@
 // Arithmetic is exact, so this equals the difference of the whole polynomial.
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -21,7 +23,7 @@
 
 namespace zorv {
 
-enum class VariableKind : uint32_t {
+enum class VariableKind : uint8_t {
   kBinary,   // moves by flipping
   kSmall,    // integer, moves to any value of its range
   kStepped,  // integer, moves by a power of two
@@ -34,17 +36,25 @@ inline constexpr double kLargestSampledRange = 1.8e19;
 // A geometric jump has a 32nd of the range as its mean.
 inline constexpr double kJumpDivisor = 32.0;
 
-// What proposing and evaluating a move needs to know of a variable.
+// What proposing and evaluating a move needs to know of a variable, for machine integers in one
+// cache line: with many variables, every line that a proposal touches is a miss.
 template <typename Number>
-struct VariableRow {
+struct alignas(kCacheLine) VariableRow {
   VariableKind kind;
+  bool is_in_objective = false;
+  // The constraints that hold it: into `simple_bodies`, bands before gaps, and `other_bodies`.
+  uint32_t other_count = 0;
+  uint32_t band_count = 0, gap_count = 0;
+  uint64_t bands_begin = 0, others_begin = 0;
+
   FastModulo choices;  // small: among its values; stepped: among its steps 1, 2, 4, ...
   Number lo, hi;
 
-  // The constraints that hold it: into `simple_bodies`, bands before gaps, and `other_bodies`.
-  uint64_t bands_begin = 0, gaps_begin = 0, gaps_end = 0;
-  uint64_t others_begin = 0, others_end = 0;
+  uint64_t gaps_begin() const { return bands_begin + band_count; }
+  uint64_t gaps_end() const { return gaps_begin() + gap_count; }
+  uint64_t others_end() const { return others_begin + other_count; }
 };
+static_assert(sizeof(VariableRow<int64_t>) == kCacheLine);
 
 // What only the start of a round needs.
 struct SampleRow {
@@ -75,6 +85,7 @@ struct PartRow {
   bool is_linear() const {
     return quadratic_begin == quadratic_end && product_begin == product_end;
   }
+  bool is_zero() const { return linear == 0 && is_linear(); }
 };
 
 // A linear body and the coefficient that the variable has in it.
@@ -82,6 +93,7 @@ template <typename Number>
 struct SimpleBodyEntry {
   Number coeff;
   uint32_t cons;
+  uint32_t rule;  // of that constraint
 };
 
 template <typename Number>
@@ -98,18 +110,26 @@ enum class ConsShape : uint32_t {
   kSet,   // in the intervals of `sets`
 };
 
-// One native constraint with all that its penalty depends on, for machine integers in one cache
-// line. Every worker has its own, for the sake of the first two fields.
+// What the penalty of a band or a gap depends on. Constraints that ask for the same share one rule:
+// models have many constraints of few kinds, and the rules stay in the nearest cache.
 template <typename Number>
-struct alignas(kCacheLine) ConsRecord {
-  Number body, penalty;
+struct ConsRule {
   Number lo, hi;
   // The weight stands in one of the two: penalty = violation * (once + squared * violation).
   Number once, squared;
-  ConsShape shape;
-  uint32_t set;
 };
-static_assert(sizeof(ConsRecord<int64_t>) == kCacheLine);
+
+struct ConsKind {
+  ConsShape shape;
+  uint32_t rule;
+  uint32_t set;  // of kSet
+};
+
+// What changes of a constraint. Every worker has its own, and nothing else of them is scattered.
+template <typename Number>
+struct ConsState {
+  Number body{0}, penalty{0};
+};
 
 template <typename Number>
 struct SearchTables {
@@ -131,7 +151,8 @@ struct SearchTables {
   std::vector<ProductEntry<Number>> products;
   std::vector<uint32_t> factors;  // flat index, bit 31 if negated
 
-  std::vector<ConsRecord<Number>> constraints;  // body and penalty are 0
+  std::vector<ConsKind> constraints;
+  std::vector<ConsRule<Number>> rules;
   std::vector<std::vector<NumberInterval>> sets;
 
   explicit SearchTables(const ModelImpl& model);
@@ -149,7 +170,8 @@ struct SearchTables {
   void add_integer(const coeff_t& lo, const coeff_t& hi);
   void add_objective(const ModelImpl& model);
   void add_constraints(const ModelImpl& model);
-  ConsRecord<Number> make_record(const NativeCons& cons, const Interval& range);
+  ConsKind make_kind(const NativeCons& cons, const Interval& range);
+  uint32_t rule_number(const ConsRule<Number>& rule);
 
   void take_apart(const coeff_t& coeff, const uint32_t* literals, uint64_t degree);
   OpenPart& open_part(uint32_t variable);
@@ -157,6 +179,7 @@ struct SearchTables {
 
   std::vector<OpenPart> open_;
   std::vector<uint32_t> touched_;
+  std::map<std::array<Number, 4>, uint32_t> rule_numbers_;
 };
 
 template <typename Number>
@@ -170,6 +193,7 @@ SearchTables<Number>::SearchTables(const ModelImpl& model)
   add_objective(model);
   add_constraints(model);
   open_ = std::vector<OpenPart>();
+  rule_numbers_.clear();
 }
 
 template <typename Number>
@@ -194,8 +218,10 @@ void SearchTables<Number>::add_integer(const coeff_t& lo, const coeff_t& hi) {
   }
   samples.push_back(sample);
 
-  VariableRow<Number> row{
-      VariableKind::kSmall, {}, number_from<Number>(lo), number_from<Number>(hi)};
+  VariableRow<Number> row{};
+  row.kind = VariableKind::kSmall;
+  row.lo = number_from<Number>(lo);
+  row.hi = number_from<Number>(hi);
   if (range < kSmallRange) {
     row.choices = FastModulo(sample.value_count);
     sweep_moves += sample.value_count - 1;
@@ -219,7 +245,10 @@ void SearchTables<Number>::add_objective(const ModelImpl& model) {
     const uint32_t* literals = model.term_vars[degree - 1].data();
     for (size_t t = 0; t < coeffs.size(); ++t) take_apart(coeffs[t], literals + t * degree, degree);
   }
-  for (uint32_t i = 0; i < variable_count; ++i) objective.push_back(close_part(i));
+  for (uint32_t i = 0; i < variable_count; ++i) {
+    objective.push_back(close_part(i));
+    variables[i].is_in_objective = !objective.back().is_zero();
+  }
   touched_.clear();
 }
 
@@ -232,64 +261,74 @@ void SearchTables<Number>::add_constraints(const ModelImpl& model) {
   std::vector<Lists> lists(variable_count);
   for (uint32_t c = 0; c < model.native_cons.size(); ++c) {
     const NativeCons& cons = model.native_cons[c];
-    constraints.push_back(make_record(cons, body_range(model, cons)));
+    const ConsKind kind = constraints.emplace_back(make_kind(cons, body_range(model, cons)));
     for (size_t k = 0; k < cons.vars.size(); ++k) take_apart(cons.coeffs[k], &cons.vars[k], 1);
     for (size_t t = 0; t < cons.nl_coeffs.size(); ++t) {
       take_apart(cons.nl_coeffs[t], cons.nl_vars.data() + cons.nl_head[t],
                  cons.nl_head[t + 1] - cons.nl_head[t]);
     }
-    const ConsShape shape = constraints.back().shape;
     for (const uint32_t i : touched_) {
       const PartRow<Number> part = close_part(i);
-      if (!part.is_linear() || shape == ConsShape::kSet) {
+      if (!part.is_linear() || kind.shape == ConsShape::kSet) {
         lists[i].others.push_back({part, c});
       } else {
-        (shape == ConsShape::kBand ? lists[i].bands : lists[i].gaps).push_back({part.linear, c});
+        auto& simple = kind.shape == ConsShape::kBand ? lists[i].bands : lists[i].gaps;
+        simple.push_back({part.linear, c, kind.rule});
       }
     }
     touched_.clear();
   }
   const auto move_behind = [](auto& entries, const auto& more) {
     entries.insert(entries.end(), more.begin(), more.end());
-    return entries.size();
+    return static_cast<uint32_t>(more.size());
   };
   for (uint32_t i = 0; i < variable_count; ++i) {
     VariableRow<Number>& row = variables[i];
     row.bands_begin = simple_bodies.size();
-    row.gaps_begin = move_behind(simple_bodies, lists[i].bands);
-    row.gaps_end = move_behind(simple_bodies, lists[i].gaps);
+    row.band_count = move_behind(simple_bodies, lists[i].bands);
+    row.gap_count = move_behind(simple_bodies, lists[i].gaps);
     row.others_begin = other_bodies.size();
-    row.others_end = move_behind(other_bodies, lists[i].others);
+    row.other_count = move_behind(other_bodies, lists[i].others);
   }
 }
 
 template <typename Number>
-ConsRecord<Number> SearchTables<Number>::make_record(const NativeCons& cons,
-                                                     const Interval& range) {
-  ConsRecord<Number> record{};
-  (cons.shape_k == 1 ? record.once : record.squared) = number_from<Number>(cons.weight);
+ConsKind SearchTables<Number>::make_kind(const NativeCons& cons, const Interval& range) {
+  ConsKind kind{};
+  ConsRule<Number> rule{};
+  (cons.shape_k == 1 ? rule.once : rule.squared) = number_from<Number>(cons.weight);
   const std::vector<Interval> intervals = penalty_intervals(cons, range);
   const Interval& first = intervals.front();
   const Interval& last = intervals.back();
   const bool is_crossed = has_crossed_ends(intervals);
   if (intervals.size() == 1 && !is_crossed) {
-    record.shape = ConsShape::kBand;
-    record.lo = number_from<Number>(first.first);
-    record.hi = number_from<Number>(first.second);
+    kind.shape = ConsShape::kBand;
+    rule.lo = number_from<Number>(first.first);
+    rule.hi = number_from<Number>(first.second);
   } else if (intervals.size() == 2 && !is_crossed && first.first <= range.first &&
              last.second >= range.second) {
-    record.shape = ConsShape::kGap;
-    record.lo = number_from<Number>(first.second);
-    record.hi = number_from<Number>(last.first);
+    kind.shape = ConsShape::kGap;
+    rule.lo = number_from<Number>(first.second);
+    rule.hi = number_from<Number>(last.first);
   } else {
-    record.shape = ConsShape::kSet;
-    record.set = static_cast<uint32_t>(sets.size());
+    kind.shape = ConsShape::kSet;
+    kind.set = static_cast<uint32_t>(sets.size());
     std::vector<NumberInterval>& set = sets.emplace_back();
     for (const auto& [low, high] : intervals) {
       set.emplace_back(number_from<Number>(low), number_from<Number>(high));
     }
   }
-  return record;
+  kind.rule = rule_number(rule);
+  return kind;
+}
+
+template <typename Number>
+uint32_t SearchTables<Number>::rule_number(const ConsRule<Number>& rule) {
+  const auto next = static_cast<uint32_t>(rules.size());
+  const auto [known, is_new] =
+      rule_numbers_.try_emplace({rule.lo, rule.hi, rule.once, rule.squared}, next);
+  if (is_new) rules.push_back(rule);
+  return known->second;
 }
 
 // Enters the term with each of its variables as the one that moves.

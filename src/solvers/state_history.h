@@ -23,7 +23,7 @@ class StateHistory final : public StateKeeper {
 
   void catch_up() override;
   uint64_t hash() const override { return hash_; }
-  ConstraintTally tally() const override { return {coeff_t(penalties_), required_, violated_}; }
+  ConstraintTally tally() override;
 
   uint64_t keep() override;
   void release(uint64_t number) override;
@@ -58,11 +58,12 @@ class StateHistory final : public StateKeeper {
   std::vector<uint64_t> stored_by_;
   uint64_t changes_since_whole_ = 0;
 
-  // Of the candidate; for each constraint what it adds to the sums.
+  // Of the state that was tallied last; for each constraint what it adds to the sums.
   struct Share {
     Number penalty{0};
     bool is_violated = false;
   };
+  ChangeLog untallied_;
   std::vector<Share> shares_;
   std::vector<bool> is_required_;
   Number penalties_{0};
@@ -87,7 +88,11 @@ inline uint64_t hash_of(uint32_t variable, const coeff_t& value) {
 template <typename Number>
 StateHistory<Number>::StateHistory(const ModelImpl& model, SearchState<Number>& state,
                                    StateWishes wishes)
-    : state_(state), wishes_(wishes), candidate_(state.x), stored_by_(state.x.size()) {
+    : state_(state),
+      wishes_(wishes),
+      candidate_(state.x),
+      stored_by_(state.x.size()),
+      untallied_(static_cast<uint32_t>(state.x.size())) {
   if (!wishes.tallies) return;
   shares_.resize(model.native_cons.size());
   for (const NativeCons& cons : model.native_cons) {
@@ -100,9 +105,21 @@ template <typename Number>
 void StateHistory<Number>::catch_up() {
   state_.changes.drain([&](uint32_t variable) {
     note_value(variable);
-    if (!wishes_.tallies) return;
-    state_.for_each_constraint(variable, [&](uint32_t c) { note_constraint(c); });
+    untallied_.note(variable);
   });
+}
+
+template <typename Number>
+ConstraintTally StateHistory<Number>::tally() {
+  if (untallied_.is_full()) {
+    for (uint32_t c = 0; c < shares_.size(); ++c) note_constraint(c);
+    untallied_.clear();
+  } else {
+    untallied_.drain([&](uint32_t variable) {
+      state_.for_each_constraint(variable, [&](uint32_t c) { note_constraint(c); });
+    });
+  }
+  return {coeff_t(penalties_), required_, violated_};
 }
 
 template <typename Number>

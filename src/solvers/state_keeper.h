@@ -26,7 +26,8 @@ class StateKeeper {
   virtual void catch_up() = 0;
   // Equal for equal candidates of one search.
   virtual uint64_t hash() const = 0;
-  virtual ConstraintTally tally() const = 0;
+  // Of the candidate, right after catch_up().
+  virtual ConstraintTally tally() = 0;
 
   // Keeps the candidate, under the number returned, until it is released as often as it was kept.
   virtual uint64_t keep() = 0;

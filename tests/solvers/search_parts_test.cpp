@@ -334,7 +334,8 @@ void compare_kept_states(uint64_t seed) {
                                 .between(a + b, 3, 20, 5)
                                 .in(a - b, {{-9, -6}, {3, 4}, {8, 8}}, 2)
                                 .between(a * b - x, 0, 30)
-                                .relu(a - coeff_t(2) * x, 1, 3);
+                                .relu(a - coeff_t(2) * x, 1, 3)
+                                .between(constant(9), 0, 7);  // no variable, never held
   const PlainSearch plain(*model, {});
   const SearchTables<Number> tables(*model);
   SearchState<Number> state(*model, tables);
@@ -354,7 +355,7 @@ void compare_kept_states(uint64_t seed) {
     history.catch_up();
     ASSERT_EQ(hashes.emplace(now, history.hash()).first->second, history.hash());
     const ConstraintTally tally = history.tally();
-    ASSERT_EQ(tally.required, 3u);
+    ASSERT_EQ(tally.required, 4u);
     ASSERT_EQ(tally.violated, plain.broken(now));
     ASSERT_EQ(tally.penalties, plain.energy(now) - (now[1] * now[2] - now[0]));
     if (below(random, 2) == 0) kept.emplace_back(history.keep(), now);
