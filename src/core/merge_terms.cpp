@@ -1,8 +1,9 @@
 #include "core/merge_terms.h"
 
 #include <bit>
-#include <boost/sort/sort.hpp>
 #include <utility>
+
+#include "core/parallel_sort.h"
 
 namespace zorv::detail {
 
@@ -29,10 +30,9 @@ bool same_literals(const VarList& a, const VarList& b, const ClassSlots& slots) 
 
 template <typename Precedes>
 void sort_block(TermImpl* begin, TermImpl* end, Precedes precedes) {
-  boost::sort::block_indirect_sort(
+  parallel_sort(
       reinterpret_cast<TermBytes*>(begin), reinterpret_cast<TermBytes*>(end),
-      [=](const TermBytes& a, const TermBytes& b) { return precedes(a.vars(), b.vars()); },
-      num_threads());
+      [=](const TermBytes& a, const TermBytes& b) { return precedes(a.vars(), b.vars()); });
 }
 
 // Sorts the slots of a class where they lie. Slot 0 is outside the block: it takes the smallest.
@@ -205,9 +205,8 @@ TermList gather_extras(std::vector<ChunkRuns>& chunks, coeff_t& delta) {
     std::move(chunk.side.extras.begin(), chunk.side.extras.end(), std::back_inserter(extras));
     chunk.side.extras = {};
   }
-  boost::sort::block_indirect_sort(
-      extras.begin(), extras.end(),
-      [](const ExtraTerm1& a, const ExtraTerm1& b) { return a.var < b.var; }, num_threads());
+  parallel_sort(extras.begin(), extras.end(),
+                [](const ExtraTerm1& a, const ExtraTerm1& b) { return a.var < b.var; });
   TermList sums;
   for (size_t i = 0; i < extras.size();) {
     TermImpl sum(std::move(extras[i].coeff), VarList(extras[i].var));

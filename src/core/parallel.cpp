@@ -2,12 +2,11 @@
 
 #include <unistd.h>
 
-#include <condition_variable>
 #include <cstdlib>
-#include <limits>
-#include <mutex>
 #include <thread>
-#include <vector>
+
+#include "zorv/engine/mutex.h"
+#include "zorv/engine/thread_team.h"
 
 namespace zorv {
 
@@ -16,17 +15,15 @@ namespace {
 constexpr uint32_t kMaxPoolThreads = 8;  // the caller included
 
 uint32_t configured_threads() {
+  unsigned long wanted = std::max(1u, std::thread::hardware_concurrency());
   if (const char* text = std::getenv("ZORV_NUM_THREADS")) {
     const long n = std::strtol(text, nullptr, 10);
-    if (n > 0) {
-      return static_cast<uint32_t>(
-          std::min<unsigned long>(n, std::numeric_limits<uint32_t>::max()));
-    }
+    if (n > 0) wanted = static_cast<unsigned long>(n);
   }
-  return std::max(1u, std::thread::hardware_concurrency());
+  return static_cast<uint32_t>(std::min<unsigned long>(wanted, kMostThreads));
 }
 
-// Set on every thread that runs the body of a region, so that a region inside it stays there.
+// Set on every thread while it runs the body of a region, so that a region inside it stays there.
 thread_local bool inside_region = false;
 
 class RegionMark {
@@ -37,39 +34,37 @@ class RegionMark {
 
 // The threads that all regions share, made when the first region needs them.
 //
-//   region_lock_  held by the caller for a whole region: regions run one at a time
-//   lock_         guards task_, active_, generation_ and stop_; taken after region_lock_
-// Workers sleep between regions and touch nothing but these fields, so the pool may be torn down
-// at exit after everything else.
+// Workers sleep between regions and touch nothing but the guarded fields, so the pool may be torn
+// down at exit after everything else.
 class ThreadPool {
  public:
   static ThreadPool& instance();
 
-  void run(uint32_t threads, const std::function<void()>& work);
+  void run(uint32_t threads, const std::function<void()>& work) ZORV_EXCLUDES(region_lock_, lock_);
 
  private:
   ThreadPool();
   ~ThreadPool();
-  void serve();
+  void serve() ZORV_EXCLUDES(lock_);
+  void begin(const std::function<void()>& work) ZORV_EXCLUDES(lock_);
+  void wait_for_workers() ZORV_EXCLUDES(lock_);
   // No worker survives a fork: a child has the pool's memory but not its threads.
   bool is_forked() const { return getpid() != owner_; }
 
-  std::vector<std::thread> threads_;
   const pid_t owner_ = getpid();
-  std::mutex region_lock_;
-  std::mutex lock_;
-  std::condition_variable wake_;
-  std::condition_variable done_;
-  std::function<void()> task_;
-  uint32_t active_ = 0;      // workers that have not finished the current task
-  uint64_t generation_ = 0;  // tasks so far
-  bool stop_ = false;
+  Mutex region_lock_;  // held by the caller for a whole region: regions run one at a time
+  Mutex lock_;         // taken after region_lock_
+  Condition wake_;
+  Condition done_;
+  const std::function<void()>* task_ ZORV_GUARDED_BY(lock_) = nullptr;
+  uint32_t active_ ZORV_GUARDED_BY(lock_) = 0;      // workers that have not finished the task
+  uint64_t generation_ ZORV_GUARDED_BY(lock_) = 0;  // tasks so far
+  bool stop_ ZORV_GUARDED_BY(lock_) = false;
+  ThreadTeam workers_;  // last, as they use all of the above
 };
 
-ThreadPool::ThreadPool() {
-  const uint32_t workers = std::min(num_threads(), kMaxPoolThreads) - 1;
-  for (uint32_t i = 0; i < workers; ++i) threads_.emplace_back([this] { serve(); });
-}
+ThreadPool::ThreadPool()
+    : workers_(std::min(num_threads(), kMaxPoolThreads) - 1, [this](uint32_t) { serve(); }) {}
 
 ThreadPool& ThreadPool::instance() {
   // A forked child leaves the pool as it is: it could wait for the workers for ever.
@@ -85,59 +80,53 @@ ThreadPool& ThreadPool::instance() {
 
 ThreadPool::~ThreadPool() {
   {
-    const std::lock_guard lock(lock_);
+    const MutexLock lock(lock_);
     stop_ = true;
   }
   wake_.notify_all();
-  for (std::thread& thread : threads_) thread.join();
+  workers_.join();
 }
 
 void ThreadPool::serve() {
-  const RegionMark mark;
   uint64_t seen = 0;
   for (;;) {
-    std::function<void()> task;
+    const std::function<void()>* task;
     {
-      std::unique_lock lock(lock_);
-      wake_.wait(lock, [&] { return stop_ || generation_ != seen; });
+      const MutexLock lock(lock_);
+      while (!stop_ && generation_ == seen) wake_.wait(lock_);
       if (stop_) return;
       seen = generation_;
       task = task_;
     }
-    task();
-    const std::lock_guard lock(lock_);
+    (*task)();
+    const MutexLock lock(lock_);
     if (--active_ == 0) done_.notify_one();
   }
 }
 
+void ThreadPool::begin(const std::function<void()>& work) {
+  {
+    const MutexLock lock(lock_);
+    task_ = &work;
+    active_ = workers_.size();
+    ++generation_;
+  }
+  wake_.notify_all();
+}
+
+void ThreadPool::wait_for_workers() {
+  const MutexLock lock(lock_);
+  while (active_ > 0) done_.wait(lock_);
+}
+
 void ThreadPool::run(uint32_t threads, const std::function<void()>& work) {
   if (is_forked()) return work();
-  const uint32_t pooled = static_cast<uint32_t>(threads_.size()) + 1;
-  std::vector<std::thread> extra;
-  for (uint32_t i = pooled; i < threads; ++i) {
-    extra.emplace_back([&work] {
-      const RegionMark mark;
-      work();
-    });
-  }
-  {
-    const std::lock_guard region(region_lock_);
-    {
-      const std::lock_guard lock(lock_);
-      task_ = work;
-      active_ = pooled - 1;
-      ++generation_;
-    }
-    wake_.notify_all();
-    {
-      const RegionMark mark;
-      work();
-    }
-    std::unique_lock lock(lock_);
-    done_.wait(lock, [this] { return active_ == 0; });
-    task_ = nullptr;
-  }
-  for (std::thread& thread : extra) thread.join();
+  const uint32_t pooled = workers_.size() + 1;
+  ThreadTeam extra(threads > pooled ? threads - pooled : 0, [&work](uint32_t) { work(); });
+  const MutexLock region(region_lock_);
+  begin(work);
+  work();
+  wait_for_workers();
 }
 
 }  // namespace
@@ -167,27 +156,21 @@ Chunking::Chunking(uint64_t n, uint64_t threads)
 namespace detail {
 
 void run_region(uint32_t threads, const std::function<void()>& work) {
-  if (inside_region) {
+  if (inside_region) return work();
+  ThreadPool::instance().run(threads, [&work]() noexcept {
+    const RegionMark mark;
     work();
-  } else {
-    ThreadPool::instance().run(threads, work);
-  }
+  });
 }
 
 void run_fresh(uint32_t threads, const std::function<void(uint32_t)>& work) {
-  if (inside_region) {
-    for (uint32_t t = 0; t < threads; ++t) work(t);
-    return;
-  }
-  std::vector<std::thread> fresh;
-  fresh.reserve(threads);
-  for (uint32_t t = 0; t < threads; ++t) {
-    fresh.emplace_back([&work, t] {
-      const RegionMark mark;
-      work(t);
-    });
-  }
-  for (std::thread& thread : fresh) thread.join();
+  if (inside_region) return work(0);
+  const auto marked = [&work](uint32_t t) noexcept {
+    const RegionMark mark;
+    work(t);
+  };
+  const ThreadTeam team(threads, marked);
+  if (team.size() == 0) marked(0);
 }
 
 }  // namespace detail

@@ -3,6 +3,10 @@
 //
 // A region may be entered from inside a region; the inner one then runs on the thread that enters
 // it, since the pool is busy with the outer one.
+//
+// A region takes the threads that the system gives, down to the caller alone. An exception that
+// leaves the body of a region ends the process: other threads still work on what it would unwind.
+// Loops that stay on the caller because they are short, or only one thread is wanted, let it pass.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +20,8 @@ namespace zorv {
 inline constexpr uint64_t kSerialItems = 9999;
 inline constexpr uint64_t kChunksPerThread = 4;
 
-// ZORV_NUM_THREADS if that is a number above 0, otherwise what the machine has. Read once.
+// ZORV_NUM_THREADS if that is a number above 0, otherwise what the machine has; at most
+// kMostThreads of zorv/engine/thread_team.h. Read once.
 uint32_t num_threads();
 // How many threads a loop of n items may use.
 uint32_t par_threads(uint64_t n);
@@ -39,8 +44,9 @@ namespace detail {
 // and returns when all have finished. `work` must be a loop that claims shared work.
 void run_region(uint32_t threads, const std::function<void()>& work);
 
-// Runs `work(t)` for t in [0, threads) on as many fresh threads and joins them; one after the other
-// on the caller inside a region. The threads count as inside one.
+// Runs `work(t)`, with different t below `threads`, on up to as many fresh threads and joins them;
+// as work(0) on the caller inside a region, or if no thread can be started. `work` must be a loop
+// that claims shared work, and counts as the body of a region.
 void run_fresh(uint32_t threads, const std::function<void(uint32_t)>& work);
 
 // Calls f(i) once for each i of [begin, end), in no fixed order. Callers apply the threshold.
@@ -76,6 +82,7 @@ void par_for(uint64_t n, F f) {
 
 // f(thread, chunk, begin, end) for each chunk of `chunking`, on `threads` fresh threads; with
 // fewer than 2 on the caller, as thread 0. For loops whose threads keep sums of their own.
+// Not all of the threads need take part.
 template <typename F>
 void for_chunks_on_fresh_threads(const Chunking& chunking, uint32_t threads, F f) {
   std::atomic<uint64_t> next{0};

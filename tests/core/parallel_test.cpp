@@ -4,9 +4,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <stdexcept>
 #include <thread>
 #include <vector>
+
+#include "core/coeff.h"
 
 namespace zorv {
 namespace {
@@ -66,17 +71,45 @@ TEST(Parallel, CallsEachItemOnceOnBothSidesOfTheThreshold) {
 
 TEST(Parallel, ARegionInsideARegionStaysOnItsThread) {
   std::atomic<uint64_t> sum{0};
-  par_for(10'000, [&](uint64_t i) {
-    if (i % 1'000 != 0) return;
+  const auto enter_both_kinds = [&] {
     const auto outer = std::this_thread::get_id();
-    par_for(10'000, [&](uint64_t j) {
-      EXPECT_EQ(std::this_thread::get_id(), outer);
-      sum += j == 0;
-    });
-    // Fresh threads that enter a region of their own must not wait for the outer one either.
-    detail::run_fresh(2, [&](uint32_t) { par_for(10'000, [&](uint64_t j) { sum += j == 0; }); });
+    const auto count = [&] { sum += std::this_thread::get_id() == outer; };
+    par_for(10'000, [&](uint64_t) { count(); });
+    for_chunks_on_fresh_threads(Chunking(8, num_threads()), num_threads(),
+                                [&](uint32_t, uint64_t, uint64_t, uint64_t) { count(); });
+  };
+  const uint64_t once = 10'000 + Chunking(8, num_threads()).chunks;
+  par_for(10'000, [&](uint64_t i) {
+    if (i % 1'000 == 0) enter_both_kinds();
   });
-  EXPECT_EQ(sum, 30u);
+  EXPECT_EQ(sum.exchange(0), 10 * once);
+  for_chunks_on_fresh_threads(Chunking(10, num_threads()), num_threads(),
+                              [&](uint32_t, uint64_t, uint64_t begin, uint64_t end) {
+                                for (; begin < end; ++begin) enter_both_kinds();
+                              });
+  EXPECT_EQ(sum, 10 * once);
+}
+
+// What it would unwind, other threads still work on.
+TEST(Parallel, AnExceptionPassesUnlessThreadsWorkTogether) {
+  const auto divide_by_0 = [](uint64_t n) { par_for(n, [](uint64_t i) { coeff_t(i) /= 0; }); };
+  EXPECT_THROW(divide_by_0(9'999), std::overflow_error);
+  if (num_threads() < 2) {
+    EXPECT_THROW(divide_by_0(10'000), std::overflow_error);
+    return;
+  }
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // a forked child would have no pool
+  for (const bool on_caller : {true, false}) {
+    EXPECT_EXIT(
+        try {
+          const auto caller = std::this_thread::get_id();
+          par_for(10'000, [=](uint64_t) {
+            if ((std::this_thread::get_id() == caller) == on_caller) throw std::bad_alloc();
+            std::this_thread::sleep_for(std::chrono::hours(1));  // the others are not waited for
+          });
+        } catch (const std::bad_alloc&) { std::_Exit(1); },
+        ::testing::KilledBySignal(SIGABRT), "bad_alloc");
+  }
 }
 
 TEST(Parallel, RegionsOfSeveralCallersAllFinish) {
