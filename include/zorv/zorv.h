@@ -27,13 +27,19 @@
  *     stream and aborts the process, before anything is changed. "Aborts" below means this. Null
  *     handles, indices and array lengths are not checked unless it says so, nor is whether a
  *     literal names a variable.
- *  8. std::bad_alloc passes through as an exception; a C caller may treat it as the end.
+ *  8. std::bad_alloc passes through as an exception, for a size beyond any memory too; a C caller
+ *     may treat it as the end. Where work has spread over threads it ends the process.
  *  9. Text lives in a buffer of the thread and stays good until the same function is called again
  *     on that thread.
- * 10. Different handles may be used on different threads. One handle has one writer at a time and
- *     no reader meanwhile. Variables must not be made while other threads render text.
+ * 10. Threads. All functions may be called on several threads at the same time; the library's own
+ *     tables, of variables, constraints and names, take care of themselves. What is left to the
+ *     caller: a handle that one thread changes or destroys is used by no other thread meanwhile,
+ *     while any number may read it. zorv_exprexpr_set_bounds and zorv_exprexpr_set_allowed change
+ *     the constraint, and with it every expression that carries it. zorv_var_reset runs alone: no
+ *     other call, on whatever handle, until it has returned.
  * 11. Long operations (above 9,999 terms) spread over threads inside the call; the number is
- *     ZORV_NUM_THREADS, or what the machine has. No result depends on it.
+ *     ZORV_NUM_THREADS, or what the machine has, and at most 1,024. No result depends on it, nor on
+ *     how many of them the system has to give.
  * 12. Terms are not merged by arithmetic. The zorv_expr_simplify functions do that, and a model
  *     wants zorv_expr_simplify_as_binary. Blocks of long expressions that were destroyed, at most
  *     four and 1 GiB, are kept for the next ones; the kernel may take their pages when it needs

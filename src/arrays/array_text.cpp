@@ -8,10 +8,7 @@ namespace zorv {
 
 namespace {
 
-void append_element(std::string& text, uint32_t literal) {
-  std::string scratch;
-  text += var_name(literal, scratch);
-}
+void append_element(std::string& text, uint32_t literal) { append_var_name(text, literal); }
 void append_element(std::string& text, const coeff_t& c) { text += decimal(c); }
 void append_element(std::string& text, const TermImpl& t) { append_text(text, t); }
 void append_element(std::string& text, const ExprImpl& e) { append_text(text, e); }

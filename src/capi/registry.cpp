@@ -21,8 +21,10 @@ uint64_t zorv_used_var_count(void) {
 }
 
 const char* zorv_var_str(uint32_t literal) {
-  thread_local std::string scratch;
-  return var_name(literal, scratch);
+  thread_local std::string name;
+  name.clear();
+  append_var_name(name, literal);
+  return name.c_str();
 }
 
 const char* zorv_auto_var_name(void) {

@@ -16,12 +16,11 @@ void append_text(std::string& text, const TermImpl& term) {
     text += decimal(term.coeff);
     text += "*";
   }
-  std::string scratch;
   bool is_first = true;
   for (const uint32_t literal : term.vars) {
     // No "*" after a name that ends in "-". A deliberate quirk: readers of this text rely on it.
     if (!is_first && text.back() != '-') text += "*";
-    text += var_name(literal, scratch);
+    append_var_name(text, literal);
     is_first = false;
   }
 }

@@ -1,7 +1,6 @@
 #include "core/var_registry.h"
 
-#include <algorithm>
-#include <atomic>
+#include <utility>
 
 #include "core/fatal.h"
 #include "core/int_atoms.h"
@@ -13,34 +12,48 @@ namespace {
 
 std::atomic<uint32_t> auto_counter{0};
 
-void check_room(const VarRegistry& registry, uint64_t count) {
-  if (count > kMaxVariables - registry.names.size()) {
+// The index of the first of `count` new variables.
+uint64_t next_index(const VarRegistry& registry, uint64_t count) ZORV_REQUIRES(registry.mutex) {
+  const uint64_t next = registry.count.load(std::memory_order_relaxed);
+  if (count > kMaxVariables - next) {
     fatal("Binary variable index space exhausted (2^30 - 1 variables).");
   }
+  return next;
 }
 
-// The block that holds variable i; null if it was made alone. Blocks ascend by `base`.
-const VarArrayRange* block_of(const VarRegistry& registry, uint32_t i) {
-  const auto after =
-      std::upper_bound(registry.arrays.begin(), registry.arrays.end(), i,
-                       [](uint32_t index, const VarArrayRange& b) { return index < b.base; });
-  if (after == registry.arrays.begin()) return nullptr;
-  const VarArrayRange& block = *std::prev(after);
-  return i - block.base < block.count ? &block : nullptr;
+// The run first, as it says which name comes next, and a name without a run would shift those of
+// all later variables. Of two runs with one base only the second counts.
+void begin_run(VarRegistry& registry, uint64_t base, bool is_block, std::vector<uint64_t> shape)
+    ZORV_REQUIRES(registry.mutex) {
+  registry.runs.append(
+      {static_cast<uint32_t>(base), is_block, registry.names.size(), std::move(shape)});
 }
 
-const char* binary_var_name(uint32_t literal, std::string& scratch) {
+// The run that holds a registered variable: the last one that does not begin behind it.
+const VarRun& run_of(const VarRegistry& registry, uint32_t i) {
+  uint64_t run = 0;
+  for (uint64_t end = registry.runs.size(); end - run > 1;) {
+    const uint64_t middle = run + (end - run) / 2;
+    (registry.runs[middle].base <= i ? run : end) = middle;
+  }
+  return registry.runs[run];
+}
+
+void append_binary_name(std::string& text, uint32_t literal) {
   const VarRegistry& registry = VarRegistry::instance();
   const uint32_t i = identity_of(literal);
-  if (i >= registry.names.size()) return "?";
-  const size_t skip = is_negated(literal) ? 0 : 1;  // the stored names begin with "~"
-  if (const VarArrayRange* block = block_of(registry, i)) {
-    scratch.clear();
-    append_element_name(scratch, block->name.c_str() + skip, block->shape, i - block->base);
-    return scratch.c_str();
+  if (i >= registry.count.load(std::memory_order_acquire)) {
+    text += '?';
+    return;
   }
-  const std::string& name = registry.names[i];
-  return name.empty() ? "?" : name.c_str() + skip;
+  const VarRun& run = run_of(registry, i);
+  const uint32_t offset = i - run.base;
+  const size_t skip = is_negated(literal) ? 0 : 1;  // the stored names begin with "~"
+  if (run.is_block) {
+    append_element_name(text, registry.names[run.name].c_str() + skip, run.shape, offset);
+  } else {
+    text.append(registry.names[run.name + offset], skip);
+  }
 }
 
 }  // namespace
@@ -63,40 +76,40 @@ std::string resolve_name(const char* name) {
 
 uint32_t new_var(const std::string& name) {
   VarRegistry& registry = VarRegistry::instance();
-  const std::lock_guard lock(registry.mutex);
-  check_room(registry, 1);
-  registry.names.push_back('~' + name);
-  return static_cast<uint32_t>(registry.names.size() - 1);
+  const MutexLock lock(registry.mutex);
+  const uint64_t index = next_index(registry, 1);
+  const uint64_t runs = registry.runs.size();
+  if (runs == 0 || registry.runs[runs - 1].is_block) begin_run(registry, index, false, {});
+  registry.names.append('~' + name);
+  registry.count.store(index + 1, std::memory_order_release);
+  return static_cast<uint32_t>(index);
 }
 
 uint32_t new_var_array(const std::string& name, const uint64_t* dims, size_t ndims) {
   const uint64_t count = extent_product(dims, ndims);
   VarRegistry& registry = VarRegistry::instance();
-  const std::lock_guard lock(registry.mutex);
-  check_room(registry, count);
-  const auto base = static_cast<uint32_t>(registry.names.size());
-  registry.names.resize(base + count);
-  registry.arrays.push_back({base, count, '~' + name, {dims, dims + ndims}});
-  return base;
+  const MutexLock lock(registry.mutex);
+  const uint64_t base = next_index(registry, count);
+  if (count > 0) {
+    begin_run(registry, base, true, {dims, dims + ndims});
+    registry.names.append('~' + name);
+    registry.count.store(base + count, std::memory_order_release);
+  }
+  return static_cast<uint32_t>(base);
 }
 
 uint64_t add_int_array_name(const std::string& name, const uint64_t* dims, size_t ndims) {
-  VarRegistry& registry = VarRegistry::instance();
-  const std::lock_guard lock(registry.mutex);
-  const uint64_t position = registry.int_arrays.size();
-  registry.int_arrays.push_back(
-      {static_cast<uint32_t>(position), extent_product(dims, ndims), name, {dims, dims + ndims}});
-  return position;
+  return VarRegistry::instance().int_arrays.append({name, {dims, dims + ndims}});
 }
 
-uint64_t var_count() { return VarRegistry::instance().names.size(); }
+uint64_t var_count() { return VarRegistry::instance().count.load(std::memory_order_acquire); }
 
-const char* var_name(uint32_t literal, std::string& scratch) {
-  if (is_atom(literal) && !is_negated(literal)) {
-    scratch.clear();
-    return append_atom_name(index_of(literal), scratch) ? scratch.c_str() : "?";
+void append_var_name(std::string& text, uint32_t literal) {
+  if (!is_atom(literal) || is_negated(literal)) {
+    append_binary_name(text, literal);
+  } else if (!append_atom_name(index_of(literal), text)) {
+    text += '?';
   }
-  return binary_var_name(literal, scratch);
 }
 
 void append_element_name(std::string& text, const char* name, const std::vector<uint64_t>& shape,
@@ -120,9 +133,10 @@ uint64_t extent_product(const uint64_t* dims, size_t ndims) {
 void reset_variables() {
   {
     VarRegistry& registry = VarRegistry::instance();
-    const std::lock_guard lock(registry.mutex);
+    const MutexLock lock(registry.mutex);
+    registry.count = 0;
+    registry.runs.clear();
     registry.names.clear();
-    registry.arrays.clear();
     registry.int_arrays.clear();
   }
   reset_int_variables();

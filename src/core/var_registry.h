@@ -1,31 +1,43 @@
 // VarRegistry: the names of all binary variables, one table per process.
 //
-// Thread rules: everything changes under `mutex`. Reads of names and blocks take no lock, so a
-// caller must not render text while another thread makes variables. Indices are dense, given out
-// in order and never reused, except after reset_variables().
+// Thread rules: everything is added under `mutex`, and nothing that was added ever changes. Reads
+// take no lock: `count` is published after the name and the run of a new variable, so whoever
+// learns of a variable finds both. Only reset_variables() must be alone. Indices are dense, given
+// out in order and never reused, except after a reset.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "core/append_only_table.h"
+#include "zorv/engine/mutex.h"
+
 namespace zorv {
 
-// A block of variables made in one call; also the naming entry of a VarInt array.
-struct VarArrayRange {
-  uint32_t base;  // first index; in int_arrays the position of the entry itself
-  uint64_t count;
-  std::string name;  // in `arrays` with a leading "~", in `int_arrays` as given
+// Variables with consecutive indices: one block, made in one call and named by its name and shape,
+// or any number that were made one by one and have a name each.
+struct VarRun {
+  uint32_t base;  // the first of them
+  bool is_block;
+  uint64_t name;  // the entry of `names` for the block or for `base`; the others' follow
+  std::vector<uint64_t> shape;  // of a block
+};
+
+// The name of a VarInt, or of an array of them.
+struct IntArrayName {
+  std::string name;
   std::vector<uint64_t> shape;
 };
 
 struct VarRegistry {
-  std::vector<std::string> names;  // "~" and the name; empty for members of a block
-  std::vector<VarArrayRange> arrays;
-  std::vector<VarArrayRange> int_arrays;
-  std::mutex mutex;
+  AppendOnlyTable<std::string> names;  // "~" and the name
+  AppendOnlyTable<VarRun> runs;        // ascending by `base`
+  std::atomic<uint64_t> count{0};
+  AppendOnlyTable<IntArrayName> int_arrays;
+  Mutex mutex;
 
   static VarRegistry& instance();
 };
@@ -45,17 +57,16 @@ uint64_t add_int_array_name(const std::string& name, const uint64_t* dims, size_
 
 uint64_t var_count();
 
-// The name of any literal, "?" if it names nothing. The pointer refers to the registry or to
-// `scratch`, and dies with the next change of either.
-const char* var_name(uint32_t literal, std::string& scratch);
+// Appends the name of any literal, "?" if it names nothing.
+void append_var_name(std::string& text, uint32_t literal);
 // `name` with one "[i]" for each axis, the row-major coordinates of `offset`.
 void append_element_name(std::string& text, const char* name, const std::vector<uint64_t>& shape,
                          uint64_t offset);
 // Product of the extents, 1 for none; wraps silently.
 uint64_t extent_product(const uint64_t* dims, size_t ndims);
 
-// Empties the binary and the integer registry, one lock at a time. Literals issued before dangle;
-// the counter of generated names goes on.
+// Empties the binary and the integer registry. Literals issued before dangle; the counter of
+// generated names goes on. No other thread may make, name or look up variables meanwhile.
 void reset_variables();
 
 }  // namespace zorv

@@ -1,7 +1,5 @@
 #include "integer/int_var.h"
 
-#include <algorithm>
-
 #include "core/fatal.h"
 #include "core/int_atoms.h"
 #include "core/literal.h"
@@ -16,14 +14,13 @@ IntVarRegistry& IntVarRegistry::instance() {
 }
 
 const IntVarGroup* IntVarRegistry::find(uint32_t index) const {
-  if (index >= next_index) return nullptr;
-  // A group without members shares `first` with its successor, so the last one that fits counts.
-  const auto after =
-      std::upper_bound(groups.begin(), groups.end(), index,
-                       [](uint32_t i, const IntVarGroup& group) { return i < group.first; });
-  if (after == groups.begin()) return nullptr;
-  const IntVarGroup& group = *std::prev(after);
-  return index - group.first < group.count ? &group : nullptr;
+  if (index >= next_index.load(std::memory_order_acquire)) return nullptr;
+  uint64_t group = 0;  // the last one that does not begin behind the index
+  for (uint64_t end = groups.size(); end - group > 1;) {
+    const uint64_t middle = group + (end - group) / 2;
+    (groups[middle].first <= index ? group : end) = middle;
+  }
+  return &groups[group];
 }
 
 uint32_t new_int_var(const char* name, const coeff_t& lo, const coeff_t& hi) {
@@ -38,14 +35,15 @@ uint32_t new_int_var_array(const char* name, const uint64_t* shape, size_t ndim,
   const uint64_t count = extent_product(shape, ndim);
   std::string resolved = resolve_name(name);
   IntVarRegistry& registry = IntVarRegistry::instance();
-  const std::lock_guard lock(registry.mutex);
-  if (count > kMaxVariables - registry.next_index) {
-    fatal("int_var: integer variable index space exhausted");
+  const MutexLock lock(registry.mutex);
+  const uint64_t next = registry.next_index.load(std::memory_order_relaxed);
+  if (count > kMaxVariables - next) fatal("int_var: integer variable index space exhausted");
+  const auto first = static_cast<uint32_t>(next);
+  if (count > 0) {
+    registry.groups.append({first, count, std::move(resolved), {shape, shape + ndim}, lo, hi});
+    registry.bit_total += count * bit_width(lo, hi);
+    registry.next_index.store(next + count, std::memory_order_release);
   }
-  const auto first = static_cast<uint32_t>(registry.next_index);
-  registry.groups.push_back({first, count, std::move(resolved), {shape, shape + ndim}, lo, hi});
-  registry.next_index += count;
-  registry.bit_total += count * bit_width(lo, hi);
   return atom_literal(first);
 }
 
@@ -58,7 +56,7 @@ const IntVarGroup& int_var_bounds(uint32_t literal) {
 
 std::vector<std::pair<coeff_t, uint32_t>> encoding_of(uint32_t literal) {
   IntVarRegistry& registry = IntVarRegistry::instance();
-  const std::lock_guard lock(registry.mutex);
+  const MutexLock lock(registry.mutex);
   const uint32_t index = index_of(literal);
   const IntVarGroup* group = is_atom(literal) ? registry.find(index) : nullptr;
   if (group == nullptr) fatal("binarize: not an integer variable index");
@@ -87,7 +85,7 @@ bool append_atom_name(uint32_t index, std::string& text) {
 
 void reset_int_variables() {
   IntVarRegistry& registry = IntVarRegistry::instance();
-  const std::lock_guard lock(registry.mutex);
+  const MutexLock lock(registry.mutex);
   registry.groups.clear();
   registry.encodings.clear();
   registry.next_index = 0;

@@ -1,19 +1,21 @@
 // IntVarRegistry: the native integer variables ("atoms") of the process.
 //
-// Thread rules: everything changes under `mutex`; reads take no lock. Where both registries are
-// locked, this one comes first. Groups are ascending by `first` and never change once made.
+// Thread rules: everything is added under `mutex`. Groups are ascending by `first` and never change
+// once made, and looking one up takes no lock: `next_index` is published after the group of the
+// atoms below it. Where both registries are locked, this one comes first.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "core/append_only_table.h"
 #include "core/coeff.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv {
 
@@ -27,12 +29,12 @@ struct IntVarGroup {
 };
 
 struct IntVarRegistry {
-  std::deque<IntVarGroup> groups;
-  uint64_t next_index = 0;
+  AppendOnlyTable<IntVarGroup> groups;
+  std::atomic<uint64_t> next_index{0};
+  std::atomic<uint64_t> bit_total{0};  // sum of the bit widths of all atoms
+  Mutex mutex;
   // The bits of an atom as (coefficient, binary variable), filled when it is first binarized.
-  std::map<uint32_t, std::vector<std::pair<coeff_t, uint32_t>>> encodings;
-  std::mutex mutex;
-  uint64_t bit_total = 0;  // sum of the bit widths of all atoms
+  std::map<uint32_t, std::vector<std::pair<coeff_t, uint32_t>>> encodings ZORV_GUARDED_BY(mutex);
 
   static IntVarRegistry& instance();
   // The group that holds the atom with this index; null if there is none.

@@ -138,12 +138,11 @@ std::string sol_text(const Sol& sol) {
                  "Call comp_energy() first.");
   std::string text = sol.energy.str();
   text += ":{";
-  std::string scratch;
   const std::vector<uint32_t>& variables = sol.model->variables;
   for (uint32_t i = 0; i < variables.size(); ++i) {
     if (i > 0) text += ',';
     text += '{';
-    text += var_name(variables[i], scratch);
+    append_var_name(text, variables[i]);
     text += ',';
     // Deliberate, and tests hold it: the name is that of the i-th variable of the model, the value
     // that of the variable with id i. They are one variable in a model of the ids 0 to n - 1; any

@@ -84,7 +84,18 @@ TEST(VarStr, DrawsOneGeneratedNameAndNeverStartsAgain) {
       ::testing::ExitedWithCode(0), "");
 }
 
-TEST(VarRegistry, RefusesMoreThanTheIndexSpace) {
+TEST(VarRegistry, FillsTheIndexSpaceAndRefusesMore) {
+  EXPECT_EXIT(
+      {
+        zorv_var_reset();
+        const uint64_t nearly_all[] = {kMaxVariables - 1};
+        const uint32_t last = zorv_new_var_array("x", nearly_all, 1) + kMaxVariables - 1;
+        _exit(zorv_new_var("last") == last && std::string(zorv_var_str(last)) == "last" &&
+                      std::string(zorv_var_str(last - 1)) == "x[1073741821]"
+                  ? 0
+                  : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
   const uint64_t too_many[] = {kMaxVariables - zorv_var_count() + 1};
   EXPECT_FATAL(zorv_new_var_array("x", too_many, 1),
                "Binary variable index space exhausted (2^30 - 1 variables).");

@@ -106,14 +106,15 @@ TEST(IntVar, TheIndexSpaceEndsBeforeTheLastIndex) {
                text);
 }
 
-TEST(IntVar, ResetForgetsEveryAtom) {
-  const uint32_t old = zorv_new_int_var("old", Wire(0), Wire(100));
-  IntVarRegistry::instance().encodings[index_of(old)] = {{1, 0}};
-  EXPECT_IN_FRESH_REGISTRY(zorv_int_var_count() == 0 && zorv_used_var_count() == 0 &&
-                           IntVarRegistry::instance().encodings.empty() &&
-                           std::string(zorv_var_str(old)) == "?" &&
-                           zorv_new_int_var("new", Wire(0), Wire(1)) == kAtomBit);
-  IntVarRegistry::instance().encodings.erase(index_of(old));
+TEST(IntVar, ResetForgetsEveryAtomAndItsBits) {
+  const uint32_t old = new_atoms("old", {300}, 0, 100);
+  EXPECT_IN_FRESH_REGISTRY(
+      zorv_int_var_count() == 0 && zorv_used_var_count() == 0 &&
+      std::string(zorv_var_str(old)) == "?" &&
+      zorv_new_int_var("new", Wire(0), Wire(1)) == kAtomBit && encoding_of(kAtomBit).size() == 1 &&
+      (zorv_var_reset(), zorv_var_count()) == 0 &&
+      zorv_new_int_var("newer", Wire(0), Wire(3)) == kAtomBit &&
+      encoding_of(kAtomBit).size() == 2 && std::string(zorv_var_str(1)) == "newer#1");
 }
 
 }  // namespace

@@ -48,12 +48,12 @@ TEST(VarIntArray, IsOneBlockOfBits) {
   }
   // The table of names has one entry for the array, with its shape.
   const uint64_t shape[] = {2, 2};
-  const uint64_t names = VarRegistry::instance().int_arrays.size();
+  const auto& names = VarRegistry::instance().int_arrays;
+  const uint64_t before = names.size();
   const Array a = zorv_array_varint_create_uniform(nullptr, shape, 2, Wire(0), Wire(1));
-  ASSERT_EQ(VarRegistry::instance().int_arrays.size(), names + 1);
-  EXPECT_EQ(VarRegistry::instance().int_arrays.back().shape, Shape({2, 2}));
-  EXPECT_EQ(zorv_expr_str(zorv_array_expr_ref(a, 3)),
-            VarRegistry::instance().int_arrays.back().name + "[1][1][0]");
+  ASSERT_EQ(names.size(), before + 1);
+  EXPECT_EQ(names[before].shape, Shape({2, 2}));
+  EXPECT_EQ(zorv_expr_str(zorv_array_expr_ref(a, 3)), names[before].name + "[1][1][0]");
 }
 
 TEST(ArrayReduce, ReducesElementsInFlatOrder) {
