@@ -14,6 +14,7 @@
 #include "core/block_cache.h"
 #include "core/expr.h"
 #include "core/parallel.h"
+#include "core/sizes.h"
 
 namespace zorv {
 
@@ -33,7 +34,7 @@ struct ArrayImpl {
   explicit ArrayImpl(Shape extents) : shape(std::move(extents)), strides(row_major_strides(shape)) {
     const uint64_t n = element_count(shape);
     if (n == 0) return;
-    const Block block = acquire_block(n * sizeof(T));
+    const Block block = acquire_block(size_product(n, sizeof(T)));
     capacity = block.bytes / sizeof(T);
     data = static_cast<T*>(block.data);
   }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 
 #include "arrays/array.h"
 #include "core/fatal.h"
+#include "core/sizes.h"
 
 namespace zorv {
 
@@ -118,6 +120,14 @@ LabelledAxes axes_of(const std::string& labels, const Extents& extents, const Su
   return axes;
 }
 
+// How many positions the axes have together. Several inputs may be one array under several labels,
+// so that the number need not fit in 64 bits.
+uint64_t combinations_of(const LabelledAxes& axes) {
+  const Shape& extents = axes.extents;
+  if (std::count(extents.begin(), extents.end(), 0) > 0) return 0;
+  return std::accumulate(extents.begin(), extents.end(), uint64_t{1}, size_product);
+}
+
 }  // namespace
 
 EinsumPlan plan_einsum(const char* subscript_text, const std::vector<EinsumInput>& inputs,
@@ -144,8 +154,8 @@ EinsumPlan plan_einsum(const char* subscript_text, const std::vector<EinsumInput
   }
   EinsumPlan plan = {axes_of(output, extents, subscript, inputs),
                      axes_of(summed, extents, subscript, inputs), 1, 1};
-  plan.outputs = element_count(plan.output.extents);
-  plan.products = element_count(plan.summed.extents);
+  plan.outputs = combinations_of(plan.output);
+  plan.products = combinations_of(plan.summed);
   return plan;
 }
 

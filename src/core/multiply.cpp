@@ -2,6 +2,7 @@
 // whoever owns its index, and no slot is read.
 #include "core/arithmetic.h"
 #include "core/parallel.h"
+#include "core/sizes.h"
 
 namespace zorv {
 
@@ -88,7 +89,8 @@ ExprImpl mul(const ExprImpl& a, const ExprImpl& b) {
   const bool a_has_constant = !is_zero(a.constant);
   const bool b_has_constant = !is_zero(b.constant);
   ExprImpl product(a.constant * b.constant);
-  const uint64_t s = na * nb + (a_has_constant ? nb : 0) + (b_has_constant ? na : 0);
+  const uint64_t pairs = size_product(na, nb);
+  const uint64_t s = pairs + (a_has_constant ? nb : 0) + (b_has_constant ? na : 0);
   if (s == 0) return product;
 
   TermList& to = product.list;
@@ -102,7 +104,6 @@ ExprImpl mul(const ExprImpl& a, const ExprImpl& b) {
     fill_scaled(to, offset, a.list, b.constant);
     offset += na;
   }
-  const uint64_t pairs = na * nb;
   const uint32_t threads = pairs > kSerialItems ? product_threads() : 1;
   for_chunks_on_fresh_threads(Chunking(pairs, threads), threads,
                               [&](uint32_t, uint64_t, uint64_t begin, uint64_t end) {
@@ -116,7 +117,7 @@ ExprImpl sqr(const ExprImpl& e) {
   const uint64_t n = e.list.size();
   ExprImpl square(e.constant * e.constant);
   if (n == 0) return square;
-  const uint64_t s = n * (n - 1) / 2 + n + (is_zero(e.constant) ? 0 : n);
+  const uint64_t s = size_product(n, n + 1) / 2 + (is_zero(e.constant) ? 0 : n);
   square.list.allocate_slots(s);
   const uint32_t threads = n * (n - 1) >= kParallelSquarePairs ? product_threads() : 1;
   for_chunks_on_fresh_threads(Chunking(n, threads), threads,

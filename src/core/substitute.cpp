@@ -6,6 +6,7 @@
 #include "core/arithmetic.h"
 #include "core/attr_rules.h"
 #include "core/parallel.h"
+#include "core/sizes.h"
 
 namespace zorv {
 
@@ -24,9 +25,10 @@ struct Size {
   bool has_constant;
 
   Size operator*(const Size& other) const {
-    return {
-        terms * other.terms + (has_constant ? other.terms : 0) + (other.has_constant ? terms : 0),
-        has_constant && other.has_constant};
+    const uint64_t with_constant = (has_constant ? other.terms : 0) +  //
+                                   (other.has_constant ? terms : 0);
+    return {size_sum(size_product(terms, other.terms), with_constant),
+            has_constant && other.has_constant};
   }
 };
 
@@ -164,10 +166,10 @@ ExprImpl substitute(const ExprImpl& e, const Substitution& substitution, TermsOf
                               [&](uint32_t, uint64_t c, uint64_t begin, uint64_t end) {
                                 uint64_t count = 0;
                                 for (uint64_t i = begin; i < end; ++i)
-                                  count += expander.count_terms(terms[i]);
+                                  count = size_sum(count, expander.count_terms(terms[i]));
                                 starts[c + 1] = count;
                               });
-  for (uint64_t c = 0; c < chunking.chunks; ++c) starts[c + 1] += starts[c];
+  for (uint64_t c = 0; c < chunking.chunks; ++c) starts[c + 1] = size_sum(starts[c + 1], starts[c]);
 
   ExprImpl result(e.constant);
   result.list.allocate_slots(starts.back());

@@ -9,6 +9,7 @@
 #include "core/coeff_sum.h"
 #include "core/expr.h"
 #include "core/parallel.h"
+#include "core/sizes.h"
 
 namespace zorv {
 
@@ -45,7 +46,7 @@ ExprImpl sum_of_exprs(uint64_t n, At at) {
       chunking, threads, [&](uint32_t, uint64_t c, uint64_t begin, uint64_t end) {
         Part part;
         for (uint64_t i = begin; i < end; ++i) {
-          part.terms += at(i).list.size() - (i == leader ? 1 : 0);
+          part.terms = size_sum(part.terms, at(i).list.size() - (i == leader ? 1 : 0));
           part.constant += at(i).constant;
           part.has_constraints = part.has_constraints || is_constraint_attr(at(i).attr);
         }
@@ -55,7 +56,7 @@ ExprImpl sum_of_exprs(uint64_t n, At at) {
   bool has_constraints = false;
   std::vector<uint64_t> starts = {1};  // the first slot of each chunk; slot 0 is the leader's
   for (const Part& part : parts) {
-    starts.push_back(starts.back() + part.terms);
+    starts.push_back(size_sum(starts.back(), part.terms));
     sum.constant += part.constant.total();
     has_constraints = has_constraints || part.has_constraints;
   }

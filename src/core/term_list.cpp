@@ -4,6 +4,7 @@
 
 #include "core/block_cache.h"
 #include "core/parallel.h"
+#include "core/sizes.h"
 
 namespace zorv {
 
@@ -55,13 +56,14 @@ void TermList::clear() {
 // Gives the block room for `entries` terms, or for none at all; a fresh one may be larger.
 void TermList::resize(uint64_t entries) {
   const Block old = {terms, capacity * sizeof(TermImpl)};
+  const uint64_t bytes = size_product(entries, sizeof(TermImpl));
   Block block;
   if (entries == 0) {
     release_block(old);
   } else if (terms == nullptr) {
-    block = acquire_block(entries * sizeof(TermImpl));
+    block = acquire_block(bytes);
   } else {
-    block = resize_block(old, entries * sizeof(TermImpl));
+    block = resize_block(old, bytes);
   }
   terms = static_cast<TermImpl*>(block.data);
   capacity = block.bytes / sizeof(TermImpl);

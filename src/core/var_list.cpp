@@ -9,6 +9,9 @@ namespace zorv {
 
 namespace {
 
+// Degrees have 32 bits, and so has the room for the list that closes with kNoLiteral.
+constexpr uint32_t kMaxDegree = UINT32_MAX - 3;
+
 // Entries of the overflow block of a list of this degree (3 or more).
 constexpr uint32_t overflow_room(uint32_t degree) { return degree & ~1u; }
 
@@ -114,6 +117,7 @@ void VarList::append(const VarList& other) {
   const uint32_t mine = degree();
   const uint32_t theirs = other.degree();
   if (theirs == 0) return;
+  if (theirs > kMaxDegree - mine) throw std::bad_alloc();
   if (mine + theirs > 2) {
     overflow_ = resize_block(overflow_, overflow_room(mine + theirs));
     overflow_[mine + theirs - 2] = kNoLiteral;
