@@ -22,35 +22,36 @@ zorv_expr* penalty_of(const coeff_t&, const coeff_t&, const coeff_t&) { return w
 
 extern "C" {
 
-#define ZORV_ARRAY_CONSTRAINTS(K)                                                               \
-  zorv_array_expr* zorv_array_##K##_between(const zorv_array_##K* a, const CoeffWire* lo,       \
-                                            const CoeffWire* hi) {                              \
-    const coeff_t low = read_wire(lo), high = read_wire(hi);                                    \
-    return wrap(between_elements(unwrap(a), {.value = &low}, {.value = &high}));                \
-  }                                                                                             \
-  zorv_array_expr* zorv_array_##K##_ge_int(const zorv_array_##K* a, const CoeffWire* v) {       \
-    const coeff_t low = read_wire(v);                                                           \
-    return wrap(between_elements(unwrap(a), {.value = &low}, {}));                              \
-  }                                                                                             \
-  zorv_array_expr* zorv_array_##K##_le_int(const zorv_array_##K* a, const CoeffWire* v) {       \
-    const coeff_t high = read_wire(v);                                                          \
-    return wrap(between_elements(unwrap(a), {}, {.value = &high}));                             \
-  }                                                                                             \
-  zorv_array_expr* zorv_array_##K##_eq_int(const zorv_array_##K* a, const CoeffWire* v) {       \
-    const coeff_t target = read_wire(v);                                                        \
-    return wrap(equal_elements(unwrap(a), {.value = &target}));                                 \
-  }                                                                                             \
-  zorv_array_expr* zorv_array_##K##_between_array_int(                                          \
-      const zorv_array_##K* a, const zorv_array_int* lo, const zorv_array_int* hi) {            \
-    return wrap(between_elements(unwrap(a), {.values = &unwrap(lo)}, {.values = &unwrap(hi)})); \
-  }                                                                                             \
-  zorv_array_expr* zorv_array_##K##_ge_array_int(const zorv_array_##K* a,                       \
-                                                 const zorv_array_int* lo) {                    \
-    return wrap(between_elements(unwrap(a), {.values = &unwrap(lo)}, {}));                      \
-  }                                                                                             \
-  zorv_array_expr* zorv_array_##K##_le_array_int(const zorv_array_##K* a,                       \
-                                                 const zorv_array_int* hi) {                    \
-    return wrap(between_elements(unwrap(a), {}, {.values = &unwrap(hi)}));                      \
+#define ZORV_ARRAY_CONSTRAINTS(K)                                                         \
+  zorv_array_expr* zorv_array_##K##_between(const zorv_array_##K* a, const CoeffWire* lo, \
+                                            const CoeffWire* hi) {                        \
+    const coeff_t low = read_wire(lo), high = read_wire(hi);                              \
+    return wrap(between_elements(unwrap(a), {.value = &low}, {.value = &high}));          \
+  }                                                                                       \
+  zorv_array_expr* zorv_array_##K##_ge_int(const zorv_array_##K* a, const CoeffWire* v) { \
+    const coeff_t low = read_wire(v);                                                     \
+    return wrap(between_elements(unwrap(a), {.value = &low}, {}));                        \
+  }                                                                                       \
+  zorv_array_expr* zorv_array_##K##_le_int(const zorv_array_##K* a, const CoeffWire* v) { \
+    const coeff_t high = read_wire(v);                                                    \
+    return wrap(between_elements(unwrap(a), {}, {.value = &high}));                       \
+  }                                                                                       \
+  zorv_array_expr* zorv_array_##K##_eq_int(const zorv_array_##K* a, const CoeffWire* v) { \
+    const coeff_t target = read_wire(v);                                                  \
+    return wrap(equal_elements(unwrap(a), {.value = &target}));                           \
+  }                                                                                       \
+  zorv_array_expr* zorv_array_##K##_between_array_int(                                    \
+      const zorv_array_##K* a, const zorv_array_int* lo, const zorv_array_int* hi) {      \
+    return wrap(between_elements(unwrap(a), {.values = unwrap_or_null(lo)},               \
+                                 {.values = unwrap_or_null(hi)}));                        \
+  }                                                                                       \
+  zorv_array_expr* zorv_array_##K##_ge_array_int(const zorv_array_##K* a,                 \
+                                                 const zorv_array_int* lo) {              \
+    return wrap(between_elements(unwrap(a), {.values = unwrap_or_null(lo)}, {}));         \
+  }                                                                                       \
+  zorv_array_expr* zorv_array_##K##_le_array_int(const zorv_array_##K* a,                 \
+                                                 const zorv_array_int* hi) {              \
+    return wrap(between_elements(unwrap(a), {}, {.values = unwrap_or_null(hi)}));         \
   }
 // Arrays of integers have no such form.
 #define ZORV_ARRAY_EQUALS_ARRAY(K)                                          \

@@ -63,6 +63,11 @@ template <typename Handle>
 const auto& unwrap(const Handle* handle) {
   return *reinterpret_cast<const typename RecordOf<Handle>::Type*>(handle);
 }
+// A handle that may be null.
+template <typename Handle>
+auto unwrap_or_null(const Handle* handle) {
+  return reinterpret_cast<const typename RecordOf<Handle>::Type*>(handle);
+}
 // Runs of handles that are only read, and coefficients in the library's own form.
 template <typename Handle>
 auto unwrap(Handle* const* run) {

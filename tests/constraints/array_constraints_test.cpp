@@ -89,6 +89,10 @@ void check_family(const Array<T>& a) {
   uint64_t next = var_count();
   expect_constraints(X::between_arrays(a, lows, highs), a, next, at_low, at_high);
   next = var_count();
+  expect_constraints(X::between_arrays(a, lows, nullptr), a, next, at_low, kNone);
+  next = var_count();
+  expect_constraints(X::between_arrays(a, nullptr, highs), a, next, kNone, at_high);
+  next = var_count();
   expect_constraints(X::ge_array(a, lows), a, next, at_low, kNone);
   next = var_count();
   expect_constraints(X::le_array(a, highs), a, next, kNone, at_high);
