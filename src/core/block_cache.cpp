@@ -4,34 +4,47 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
-#include <mutex>
 #include <new>
-#include <vector>
+#include <type_traits>
+
+#include "zorv/engine/mutex.h"
 
 namespace zorv {
 
 namespace {
 
-// The kept blocks, oldest first; all under `mutex`. Never destroyed: lists of static lifetime may
-// still give blocks back while the process ends.
+// The kept blocks, oldest first. Never destroyed: lists of static lifetime may still give blocks
+// back while the process ends.
 struct KeptBlocks {
-  std::mutex mutex;
-  std::vector<Block> blocks;
-  uint64_t bytes = 0;
+  Mutex mutex;
+  std::array<Block, kMaxKeptBlocks> blocks ZORV_GUARDED_BY(mutex);
+  size_t count ZORV_GUARDED_BY(mutex) = 0;
+  uint64_t bytes ZORV_GUARDED_BY(mutex) = 0;
 
   static KeptBlocks& instance() {
-    static auto* kept = new KeptBlocks();
-    return *kept;
+    static KeptBlocks kept;
+    return kept;
   }
 
-  Block take(size_t i) {
+  Block take(size_t i) ZORV_REQUIRES(mutex) {
     const Block block = blocks[i];
-    blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(i));
+    std::copy(blocks.begin() + i + 1, blocks.begin() + count, blocks.begin() + i);
+    --count;
     bytes -= block.bytes;
     return block;
   }
+  void keep(Block block) ZORV_REQUIRES(mutex) {
+    blocks[count] = block;
+    ++count;
+    bytes += block.bytes;
+  }
+  bool has_room_for(Block block) const ZORV_REQUIRES(mutex) {
+    return count < kMaxKeptBlocks && bytes + block.bytes <= kMaxKeptBytes;
+  }
 };
+static_assert(std::is_trivially_destructible_v<KeptBlocks>);
 
 // Tells the kernel that nobody needs what the block's whole pages hold.
 void offer_pages(const Block& block) {
@@ -43,8 +56,8 @@ void offer_pages(const Block& block) {
 
 Block find_kept(uint64_t bytes) {
   KeptBlocks& kept = KeptBlocks::instance();
-  const std::lock_guard lock(kept.mutex);
-  for (size_t i = kept.blocks.size(); i-- > 0;) {
+  const MutexLock lock(kept.mutex);
+  for (size_t i = kept.count; i-- > 0;) {
     const uint64_t size = kept.blocks[i].bytes;
     if (bytes <= size && size <= bytes + bytes / 4) return kept.take(i);
   }
@@ -71,16 +84,14 @@ void release_block(Block block) {
   if (block.bytes < kLargeBlockBytes || block.bytes > kMaxKeptBytes) return std::free(block.data);
   offer_pages(block);
   KeptBlocks& kept = KeptBlocks::instance();
-  std::vector<Block> dropped;
+  std::array<Block, kMaxKeptBlocks> dropped;
+  size_t drops = 0;
   {
-    const std::lock_guard lock(kept.mutex);
-    while (kept.blocks.size() >= kMaxKeptBlocks || kept.bytes + block.bytes > kMaxKeptBytes) {
-      dropped.push_back(kept.take(0));
-    }
-    kept.blocks.push_back(block);
-    kept.bytes += block.bytes;
+    const MutexLock lock(kept.mutex);
+    while (!kept.has_room_for(block)) dropped[drops++] = kept.take(0);
+    kept.keep(block);
   }
-  for (const Block& old : dropped) std::free(old.data);
+  for (size_t i = 0; i < drops; ++i) std::free(dropped[i].data);
 }
 
 }  // namespace zorv
