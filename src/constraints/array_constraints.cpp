@@ -47,9 +47,7 @@ void require_shape(const ElementBound& bound, const Shape& shape, const char* me
 }
 
 ExprImpl constraint(ExprImpl penalty, ExprImpl body, const coeff_t& lo, const coeff_t& hi) {
-  const uint32_t entry = add_expr_expr(std::move(body));
-  set_bounds(entry, lo, hi);
-  penalty.attr = kExprExprTag | entry;
+  penalty.attr = kExprExprTag | add_expr_expr(std::move(body), within(lo, hi));
   return penalty;
 }
 

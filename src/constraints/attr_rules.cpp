@@ -1,5 +1,7 @@
 #include "core/attr_rules.h"
 
+#include <optional>
+
 #include "constraints/constraint_tables.h"
 #include "constraints/declare.h"
 #include "core/arithmetic.h"
@@ -14,32 +16,22 @@ bool is_classic(uint32_t attr) { return is_constraint_attr(attr) && !carries_dec
 // What an operand of a sum brings in. An unconstrained polynomial is a penalty among classic
 // constraints; beside declared ones it stays what it is, part of the objective.
 SumParts parts_of_operand(uint32_t attr, const ExprImpl* polynomial, bool declared) {
-  SumParts parts = parts_of(attr);
-  if (!is_constraint_attr(attr) && !declared) parts.remainder = polynomial;
-  return parts;
+  if (is_constraint_attr(attr) || declared || polynomial == nullptr) return parts_of(attr);
+  return penalty_part(plain_copy(*polynomial));
 }
 
-// A new entry with the rewritten body and everything else as in the old one.
-uint32_t rewritten_entry(uint32_t index, const Rewrite& rewrite) {
-  const uint32_t rewritten = add_expr_expr(rewrite(*expr_expr(index).body));
-  copy_metadata(rewritten, index);
-  return rewritten;
-}
-
-ConstraintSum rewritten_sum(const ConstraintSum& sum, const Rewrite& rewrite) {
-  ConstraintSum rewritten;
-  rewritten.declared = sum.declared;
-  rewritten.items.reserve(sum.items.size());
-  for (const ConstraintItem& item : sum.items) {
-    rewritten.items.push_back({rewritten_entry(item.index, rewrite), item.weight});
+SumParts rewritten_parts(const SumParts& parts, const Rewrite& rewrite) {
+  SumParts rewritten;
+  for (const ConstraintItem& item : items_of(parts)) {
+    append_constraint(rewritten, rewrite(*item.constraint->body), *item.constraint, *item.weight);
   }
-  if (sum.remainder != nullptr) {
-    rewritten.remainder = std::make_unique<ExprImpl>(rewrite(*sum.remainder));
-  }
-  return rewritten;
+  if (!has_remainder(parts)) return rewritten;
+  return joined(rewritten, penalty_part(rewrite(remainder_of(parts))));
 }
 
-uint32_t attr_of_new(ConstraintSum sum) { return kSumTag | add_constraint_sum(std::move(sum)); }
+uint32_t attr_of_new(const SumParts& parts, bool declared) {
+  return kSumTag | add_constraint_sum(parts, declared);
+}
 
 }  // namespace
 
@@ -70,11 +62,8 @@ uint32_t combine(uint32_t a, const ExprImpl* left, uint32_t b, const ExprImpl* r
       append_to_sum(attr_index(a), parts_of_operand(b, right, declared))) {
     return a;
   }
-  ConstraintSum sum;
-  sum.declared = declared;
-  append_parts(sum, parts_of_operand(a, left, declared));
-  append_parts(sum, parts_of_operand(b, right, declared));
-  return attr_of_new(std::move(sum));
+  return attr_of_new(
+      joined(parts_of_operand(a, left, declared), parts_of_operand(b, right, declared)), declared);
 }
 
 uint32_t sum_attr(uint64_t n, const std::function<const ExprImpl&(uint64_t)>& at) {
@@ -88,11 +77,24 @@ uint32_t sum_attr(uint64_t n, const std::function<const ExprImpl&(uint64_t)>& at
     fatal("zorv::cons: cannot sum declared and classic penalty-style constraints in one array");
   }
   if (!declared && !classic) return kPlainAttr;
-  ConstraintSum sum;
-  sum.declared = declared;
-  for (uint64_t i = 0; i < n; ++i)
-    append_parts(sum, parts_of_operand(at(i).attr, &at(i), declared));
-  return attr_of_new(std::move(sum));
+  SumParts parts;
+  std::optional<ExprImpl> penalty;  // as one polynomial, not one for each plain element
+  const auto add_penalty = [&](const ExprImpl& polynomial) {
+    if (penalty.has_value()) {
+      add_poly(*penalty, polynomial);
+    } else {
+      penalty = plain_copy(polynomial);
+    }
+  };
+  for (uint64_t i = 0; i < n; ++i) {
+    const uint32_t attr = at(i).attr;
+    const SumParts element = parts_of(attr);
+    parts = joined(parts, {element.items, {}});
+    if (has_remainder(element)) add_penalty(remainder_of(element));
+    if (!is_constraint_attr(attr) && !declared) add_penalty(at(i));
+  }
+  if (penalty.has_value()) parts = joined(parts, penalty_part(*std::move(penalty)));
+  return attr_of_new(parts, declared);
 }
 
 uint32_t scale(uint32_t a, const coeff_t& factor) {
@@ -105,19 +107,18 @@ uint32_t scale(uint32_t a, const coeff_t& factor) {
   // Times 0 or a negative factor a classic penalty asks for nothing any more.
   if (!declared && factor <= 0) return kPlainAttr;
 
-  ConstraintSum scaled;
-  scaled.declared = declared;
-  append_parts(scaled, parts_of(a));
-  for (ConstraintItem& item : scaled.items) item.weight *= factor;
-  if (scaled.remainder != nullptr) imul_int(*scaled.remainder, factor);
-  return attr_of_new(std::move(scaled));
+  return attr_of_new(scaled(parts_of(a), factor), declared);
 }
 
 uint32_t rewritten_attr(uint32_t attr, const Rewrite& rewrite) {
   if (!is_constraint_attr(attr)) return attr;
   const uint32_t index = attr_index(attr);
-  if (is_expr_expr_attr(attr)) return kExprExprTag | rewritten_entry(index, rewrite);
-  return attr_of_new(rewritten_sum(constraint_sum(index), rewrite));
+  if (is_expr_expr_attr(attr)) {
+    const ExprExpr& constraint = expr_expr(index);
+    return kExprExprTag | add_expr_expr(rewrite(*constraint.body), constraint);
+  }
+  const ConstraintSum sum = constraint_sum(index);
+  return attr_of_new(rewritten_parts(sum, rewrite), sum.declared);
 }
 
 }  // namespace zorv

@@ -15,11 +15,8 @@ ExprImpl named(uint32_t attr) {
   return e;
 }
 
-ExprImpl declared_sum(SumParts parts) {
-  ConstraintSum sum;
-  sum.declared = true;
-  append_parts(sum, std::move(parts));
-  return named(kSumTag | add_constraint_sum(std::move(sum)));
+ExprImpl declared_sum(const SumParts& parts) {
+  return named(kSumTag | add_constraint_sum(parts, true));
 }
 
 void check_expr_expr(const ExprImpl& e, const char* message) {
@@ -34,25 +31,25 @@ ExprImpl cons_mark(const ExprImpl& e) {
     return named(e.attr);
   }
   if (is_constraint_attr(e.attr)) return declared_sum(parts_of(e.attr));
-  return declared_sum({{}, &e});
+  return declared_sum(penalty_part(plain_copy(e)));
 }
 
 ExprImpl cons_between(const ExprImpl& e, const coeff_t& lo, const coeff_t& hi) {
   refuse_declared(e.attr, "cons(body, ...) on declared constraints");
-  const uint32_t index = add_expr_expr(plain_copy(e));
-  set_bounds(index, lo, hi);
-  return declared_constraint(index);
+  return declared_constraint(e, within(lo, hi));
 }
 
 ExprImpl cons_equal(const ExprImpl& e, std::vector<Interval> allowed) {
   refuse_declared(e.attr, "cons(body, equal=...) on declared constraints");
   if (allowed.empty()) fatal("zorv_cons_equal: empty allowed-value set");
-  const uint32_t index = add_expr_expr(plain_copy(e));
-  set_allowed(index, std::move(allowed));
-  return declared_constraint(index);
+  return declared_constraint(e, one_of(std::move(allowed)));
 }
 
-ExprImpl declared_constraint(uint32_t index) { return declared_sum({{{index, 1}}, nullptr}); }
+ExprImpl declared_constraint(const ExprImpl& body, Requirement requirement) {
+  SumParts parts;
+  append_constraint(parts, plain_copy(body), std::move(requirement), 1);
+  return declared_sum(parts);
+}
 
 ExprImpl classic_constraint(const ExprImpl& penalty, const ExprImpl& body) {
   refuse_declared(penalty.attr, "== / <= (comparing declared constraints)");
@@ -81,17 +78,18 @@ const ExprExpr* bounds_of(const ExprImpl& e) {
 bool has_body(const ExprImpl& e) {
   if (is_expr_expr_attr(e.attr)) return true;
   if (!is_sum_attr(e.attr)) return false;
-  const ConstraintSum& sum = constraint_sum(attr_index(e.attr));
-  return sum.items.size() == 1 && sum.remainder == nullptr;
+  const ConstraintSum sum = constraint_sum(attr_index(e.attr));
+  return item_count(sum) == 1 && !has_remainder(sum);
 }
 
 bool all_objective_only(uint32_t attr) {
   if (!carries_declared(attr)) return false;
-  const ConstraintSum& sum = constraint_sum(attr_index(attr));
-  return sum.remainder == nullptr && !sum.items.empty() &&
-         std::all_of(sum.items.begin(), sum.items.end(), [](const ConstraintItem& item) {
-           return expr_expr(item.index).shape_kind != 0;
-         });
+  const ConstraintSum sum = constraint_sum(attr_index(attr));
+  if (has_remainder(sum)) return false;
+  const std::vector<ConstraintItem> items = items_of(sum);
+  return !items.empty() && std::all_of(items.begin(), items.end(), [](const ConstraintItem& item) {
+    return item.constraint->shape_kind != 0;
+  });
 }
 
 }  // namespace zorv

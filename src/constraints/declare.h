@@ -15,8 +15,8 @@ ExprImpl cons_mark(const ExprImpl& e);
 ExprImpl cons_between(const ExprImpl& e, const coeff_t& lo, const coeff_t& hi);
 // `e` lies in one of the intervals. Aborts likewise, and on an empty set.
 ExprImpl cons_equal(const ExprImpl& e, std::vector<Interval> allowed);
-// The declared constraint that an entry of ExprExprSet states, with weight 1.
-ExprImpl declared_constraint(uint32_t index);
+// What is required of `body`, declared with weight 1.
+ExprImpl declared_constraint(const ExprImpl& body, Requirement requirement);
 // |f|^k and max(f, 0)^k as objective terms. Both abort if `f` carries declared constraints and
 // unless k is 1 or 2; relu_term also on an atom that the registry does not know.
 ExprImpl abs_term(const ExprImpl& f, uint32_t k);

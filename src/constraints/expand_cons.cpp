@@ -27,7 +27,7 @@ ExprImpl minus(const ExprImpl& f, const coeff_t& c) {
 ExprImpl square_of_difference(const ExprImpl& f, const coeff_t& c) { return sqr(minus(f, c)); }
 
 ExprImpl penalty_of(const ConstraintItem& item) {
-  const ExprExpr& entry = expr_expr(item.index);
+  const ExprExpr& entry = *item.constraint;
   if (!entry.has_bounds) fatal("expand_cons: constraint carries no bounds");
   if (entry.shape_kind != 0) {
     fatal(
@@ -35,7 +35,7 @@ ExprImpl penalty_of(const ConstraintItem& item) {
         "polynomial)");
   }
   if (entry.lo == entry.hi) return square_of_difference(*entry.body, entry.lo);
-  if (item.weight < 0) {
+  if (*item.weight < 0) {
     fatal(
         "expand_cons: a one-sided/range constraint carries a NEGATIVE weight; its slack-based "
         "penalty form is only valid for positive weights. Keep the expression in cons() form and "
@@ -62,13 +62,13 @@ ExprImpl expand_cons(const ExprImpl& e) {
   if (is_varint_attr(e.attr)) return e;
   ExprImpl expanded = plain_copy(e);
   if (!carries_declared(e.attr)) return expanded;
-  const ConstraintSum& sum = constraint_sum(attr_index(e.attr));
-  for (const ConstraintItem& item : sum.items) {
+  const ConstraintSum sum = constraint_sum(attr_index(e.attr));
+  for (const ConstraintItem& item : items_of(sum)) {
     ExprImpl penalty = penalty_of(item);
-    if (!is_one(item.weight)) imul_int(penalty, item.weight);
+    if (!is_one(*item.weight)) imul_int(penalty, *item.weight);
     add_poly(expanded, penalty);
   }
-  if (sum.remainder != nullptr) add_poly(expanded, *sum.remainder);
+  if (has_remainder(sum)) add_poly(expanded, remainder_of(sum));
   return expanded;
 }
 

@@ -8,26 +8,46 @@ namespace zorv {
 
 namespace {
 
-// One item: a constraint, a free-form polynomial, or neither for a bad number.
+// One item: a constraint, the free-form polynomial, or neither for a bad number.
 struct Item {
   const ExprExpr* entry = nullptr;
   coeff_t weight = 1;
-  const ExprImpl* free_form = nullptr;
-
-  bool exists() const { return entry != nullptr || free_form != nullptr; }
+  bool is_free_form = false;
 };
 
 Item item_of_sum(const ConstraintSum& sum, uint64_t i) {
-  if (i < sum.items.size()) return {&expr_expr(sum.items[i].index), sum.items[i].weight, nullptr};
-  if (i == sum.items.size()) return {nullptr, 1, sum.remainder.get()};
-  return {};
+  const uint64_t count = item_count(sum);
+  if (i >= count) return {nullptr, 1, i == count && has_remainder(sum)};
+  const ConstraintItem item = item_at(sum, i);
+  return {item.constraint, *item.weight, false};
 }
 
 Item item_at(const ExprImpl& e, uint64_t i) {
   if (is_sum_attr(e.attr)) return item_of_sum(constraint_sum(attr_index(e.attr)), i);
   if (i > 0) return {};
-  if (is_expr_expr_attr(e.attr)) return {&expr_expr(attr_index(e.attr)), 1, nullptr};
-  return {nullptr, 1, &e};
+  if (is_expr_expr_attr(e.attr)) return {&expr_expr(attr_index(e.attr)), 1, false};
+  return {nullptr, 1, true};
+}
+
+// The item, which must exist.
+Item checked_item_at(const ExprImpl& e, uint64_t i, const char* message) {
+  Item item = item_at(e, i);
+  if (item.entry == nullptr && !item.is_free_form) fatal(message);
+  return item;
+}
+
+// What the one free-form item asks to come to zero, and what that comes to.
+ExprImpl free_form_of(const ExprImpl& e) {
+  return is_sum_attr(e.attr) ? remainder_of(constraint_sum(attr_index(e.attr))) : plain_copy(e);
+}
+
+coeff_t remainder_on(const ConstraintSum& sum, const Sol& sol) {
+  return remainder_value(sum, [&](const ExprImpl& part) { return polynomial_value(part, sol); });
+}
+
+coeff_t free_form_value(const ExprImpl& e, const Sol& sol) {
+  return is_sum_attr(e.attr) ? remainder_on(constraint_sum(attr_index(e.attr)), sol)
+                             : polynomial_value(e, sol);
 }
 
 const ExprExpr* entry_at(const ExprImpl& e, uint64_t i) {
@@ -43,23 +63,22 @@ bool is_violated(const ExprExpr& entry, const Sol& sol) {
 
 uint64_t item_count(const ExprImpl& e) {
   if (!is_sum_attr(e.attr)) return 1;
-  const ConstraintSum& sum = constraint_sum(attr_index(e.attr));
-  return sum.items.size() + (sum.remainder != nullptr ? 1 : 0);
+  const ConstraintSum sum = constraint_sum(attr_index(e.attr));
+  return item_count(sum) + (has_remainder(sum) ? 1 : 0);
 }
 
 ItemInfo item_info(const ExprImpl& e, uint64_t i) {
-  Item item = item_at(e, i);
-  if (!item.exists()) fatal("zorv_cons_item_info: bad item index");
-  if (is_expr_expr_attr(e.attr) && !item.entry->has_bounds) item = {nullptr, 1, &e};
-  if (item.free_form != nullptr) return {plain_copy(*item.free_form), 1, 0, 0, false};
-  return {plain_copy(*item.entry->body), item.weight, item.entry->lo, item.entry->hi, true};
+  const Item item = checked_item_at(e, i, "zorv_cons_item_info: bad item index");
+  if (item.is_free_form) return {free_form_of(e), 1, 0, 0, false};
+  const ExprExpr& entry = *item.entry;
+  if (is_expr_expr_attr(e.attr) && !entry.has_bounds) return {plain_copy(e), 1, 0, 0, false};
+  return {plain_copy(*entry.body), item.weight, entry.lo, entry.hi, true};
 }
 
 ItemValue item_eval(const ExprImpl& e, uint64_t i, const Sol& sol) {
-  const Item item = item_at(e, i);
-  if (!item.exists()) fatal("zorv_cons_item_eval: bad item index");
-  if (item.free_form != nullptr) {
-    const coeff_t value = polynomial_value(*item.free_form, sol);
+  const Item item = checked_item_at(e, i, "zorv_cons_item_eval: bad item index");
+  if (item.is_free_form) {
+    const coeff_t value = free_form_value(e, sol);
     return {value, 0, 0, value, 1};
   }
   const ExprExpr& entry = *item.entry;
@@ -83,10 +102,10 @@ const std::vector<Interval>& item_allowed(const ExprImpl& e, uint64_t i) {
 uint64_t violation_count(const ExprImpl& e, const Sol& sol) {
   if (!is_constraint_attr(e.attr)) fatal("cons(sol): expression carries no constraints");
   if (is_expr_expr_attr(e.attr)) return is_violated(expr_expr(attr_index(e.attr)), sol);
-  const ConstraintSum& sum = constraint_sum(attr_index(e.attr));
+  const ConstraintSum sum = constraint_sum(attr_index(e.attr));
   uint64_t count = 0;
-  for (const ConstraintItem& item : sum.items) count += is_violated(expr_expr(item.index), sol);
-  if (sum.remainder != nullptr) count += !is_zero(polynomial_value(*sum.remainder, sol));
+  for (const ConstraintItem& item : items_of(sum)) count += is_violated(*item.constraint, sol);
+  if (has_remainder(sum)) count += !is_zero(remainder_on(sum, sol));
   return count;
 }
 
@@ -100,13 +119,13 @@ const ExprImpl& only_body(const ExprImpl& e) {
         "ExprExpr body access on a value that is not an ExprExpr "
         "(plain Expr, VarInt or constraint sum).");
   }
-  const ConstraintSum& sum = constraint_sum(attr_index(e.attr));
-  if (sum.items.size() != 1 || sum.remainder != nullptr) {
-    fatal("body() requires exactly one constraint, but this value holds ", sum.items.size(),
-          " constraint(s)", sum.remainder != nullptr ? " and a free-form penalty" : "",
+  const ConstraintSum sum = constraint_sum(attr_index(e.attr));
+  if (item_count(sum) != 1 || has_remainder(sum)) {
+    fatal("body() requires exactly one constraint, but this value holds ", item_count(sum),
+          " constraint(s)", has_remainder(sum) ? " and a free-form penalty" : "",
           "; use violations(sol) instead.");
   }
-  return *expr_expr(sum.items[0].index, kBadIndex).body;
+  return *item_at(sum, 0).constraint->body;
 }
 
 coeff_t violation_of(const ExprExpr& entry, const coeff_t& value) {

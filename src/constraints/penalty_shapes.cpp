@@ -21,10 +21,7 @@ void check_shape(const ExprImpl& f, uint32_t k, const char* term) {
 }
 
 ExprImpl shaped_term(const ExprImpl& f, const coeff_t& lo, uint32_t k) {
-  const uint32_t index = add_expr_expr(plain_copy(f));
-  set_bounds(index, lo, 0);
-  set_penalty_shape(index, static_cast<uint8_t>(k), kObjectiveKind);
-  return declared_constraint(index);
+  return declared_constraint(f, {true, lo, 0, {}, static_cast<uint8_t>(k), kObjectiveKind});
 }
 
 }  // namespace

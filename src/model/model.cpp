@@ -11,11 +11,7 @@ namespace zorv {
 namespace {
 
 ConstraintListImpl list_of(const ConstraintSum& sum) {
-  ConstraintListImpl list;
-  list.items = sum.items;
-  list.has_remainder = sum.remainder != nullptr;
-  if (list.has_remainder) list.remainder = plain_copy(*sum.remainder);
-  return list;
+  return {items_of(sum), remainder_of(sum), has_remainder(sum)};
 }
 
 }  // namespace

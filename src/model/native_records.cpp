@@ -35,9 +35,10 @@ bool is_linear(const ExprImpl& body) {
   return linear;
 }
 
-NativeCons record_without_body(const ConstraintItem& item, const ExprExpr& entry) {
+NativeCons record_without_body(const ConstraintItem& item) {
+  const ExprExpr& entry = *item.constraint;
   NativeCons record;
-  record.weight = item.weight;
+  record.weight = *item.weight;
   record.lo = entry.lo;
   record.hi = entry.hi;
   record.body_constant = entry.body->constant;
@@ -73,11 +74,13 @@ void refuse_repeated_variable(std::vector<uint32_t> vars) {
 }
 
 NativeCons linear_record(const ConstraintItem& item) {
-  const ExprExpr& entry = expr_expr(item.index, "ExprExprSet: get_allowed bad index");
-  NativeCons record = record_without_body(item, entry);
+  const ExprExpr& entry = *item.constraint;
+  NativeCons record = record_without_body(item);
   record.allowed = entry.allowed;
   record.shape_k = entry.shape_k;
   record.shape_kind = entry.shape_kind;
+  record.vars.reserve(entry.body->list.size());
+  record.coeffs.reserve(entry.body->list.size());
   entry.body->list.for_each([&](const TermImpl& term) {
     const uint32_t degree = degree_of(term.vars);
     if (degree > 1) {
@@ -90,10 +93,9 @@ NativeCons linear_record(const ConstraintItem& item) {
 }
 
 NativeCons nonlinear_record(const ConstraintItem& item) {
-  const ExprExpr& entry = expr_expr(item.index);
-  NativeCons record = record_without_body(item, entry);
+  NativeCons record = record_without_body(item);
   record.nl_head.push_back(0);
-  entry.body->list.for_each([&](const TermImpl& term) {
+  item.constraint->body->list.for_each([&](const TermImpl& term) {
     const uint32_t degree = degree_of(term.vars);
     if (degree == 1) append_linear_term(term, record);
     if (degree > 1) append_nonlinear_term(term, record);
@@ -107,7 +109,7 @@ SplitConstraints split_constraints(const ConstraintListImpl* constraints) {
   SplitConstraints split;
   if (constraints == nullptr) return split;
   for (const ConstraintItem& item : constraints->items) {
-    const ExprExpr& entry = expr_expr(item.index, "ExprExprSet: get_bounds bad index");
+    const ExprExpr& entry = *item.constraint;
     if (!entry.has_bounds) fatal("Model: constraint carries no bounds");
     entry.body->list.for_each([](const TermImpl& term) { check_body_term(term.vars); });
     if (is_linear(*entry.body)) {

@@ -80,14 +80,14 @@ coeff_t value_on_bits(const ExprImpl& e, const ModelImpl& m, const uint64_t* bit
 coeff_t sol_eval(const Sol& sol, const ExprImpl& e) {
   coeff_t value = polynomial_value(e, sol);
   if (!carries_declared(e.attr)) return value;
-  const ConstraintSum& constraints = constraint_sum(attr_index(e.attr));
-  for (const ConstraintItem& item : constraints.items) {
-    const ExprExpr& entry = expr_expr(item.index);
+  const ConstraintSum constraints = constraint_sum(attr_index(e.attr));
+  for (const ConstraintItem& item : items_of(constraints)) {
+    const ExprExpr& entry = *item.constraint;
     const coeff_t violation = violation_of(entry, polynomial_value(*entry.body, sol));
-    value += penalty(item.weight, violation, entry.shape_k);
+    value += penalty(*item.weight, violation, entry.shape_k);
   }
-  if (constraints.remainder != nullptr) value += polynomial_value(*constraints.remainder, sol);
-  return value;
+  return value + remainder_value(constraints,
+                                 [&](const ExprImpl& part) { return polynomial_value(part, sol); });
 }
 
 }  // namespace zorv

@@ -221,10 +221,10 @@ TEST_F(SumTags, OfLongArraysAreInOrder) {
     return i % 5'000 == 1 ? unwrap(classic(var(x), var(static_cast<uint32_t>(i)))) : var(y);
   });
   const Handle sum = sum_of(a);
-  const ConstraintSum& entry = constraint_sum(attr_index(sum.attr()));
-  ASSERT_EQ(entry.items.size(), 2u);
-  EXPECT_EQ(text(*expr_expr(entry.items[1].index).body), text(var(5'001)));
-  EXPECT_EQ(entry.remainder->list.size(), 9'998u);
+  const ConstraintSum entry = constraint_sum(attr_index(sum.attr()));
+  ASSERT_EQ(item_count(entry), 2u);
+  EXPECT_EQ(text(*item_at(entry, 1).constraint->body), text(var(5'001)));
+  EXPECT_EQ(remainder_of(entry).list.size(), 9'998u);
 }
 
 // One-hot rows -----------------------------------------------------------------------------------

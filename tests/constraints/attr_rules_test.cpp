@@ -308,11 +308,11 @@ TEST(Simplification, CarriesBoundsSetAndShapeToNewEntries) {
   EXPECT_EQ(describe(source), "declared 1[x*x +y +x] 1[y +y] rest [x*x +x]");
   EXPECT_EQ(describe(simplified), "declared 1[2*x +y] 1[2*y] rest [2*x]");
 
-  const ConstraintSum& old_sum = constraint_sum(attr_index(source.attr()));
-  const ConstraintSum& new_sum = constraint_sum(attr_index(simplified.attr()));
+  const ConstraintSum old_sum = constraint_sum(attr_index(source.attr()));
+  const ConstraintSum new_sum = constraint_sum(attr_index(simplified.attr()));
   for (size_t i = 0; i < 2; ++i) {
-    const ExprExpr& before = expr_expr(old_sum.items[i].index);
-    const ExprExpr& after = expr_expr(new_sum.items[i].index);
+    const ExprExpr& before = *item_at(old_sum, i).constraint;
+    const ExprExpr& after = *item_at(new_sum, i).constraint;
     EXPECT_NE(&before, &after);
     EXPECT_TRUE(is_canonical(*after.body));
     EXPECT_TRUE(after.has_bounds);

@@ -7,7 +7,7 @@ namespace zorv::test {
 namespace {
 
 const ExprExpr& entry_of(const Handle& declared, size_t i = 0) {
-  return expr_expr(constraint_sum(attr_index(declared.attr())).items[i].index);
+  return *item_at(constraint_sum(attr_index(declared.attr())), i).constraint;
 }
 
 class Declare : public ::testing::Test {
@@ -133,9 +133,7 @@ TEST_F(Declare, BodyAndObjectiveQuestions) {
     EXPECT_EQ(zorv_expr_has_body(row.e), row.has_body) << describe(row.e);
     EXPECT_EQ(zorv_expr_all_objective_only(row.e), row.objective_only) << describe(row.e);
   }
-  ConstraintSum without_items;
-  without_items.declared = true;
-  EXPECT_FALSE(all_objective_only(kSumTag | add_constraint_sum(std::move(without_items))));
+  EXPECT_FALSE(all_objective_only(kSumTag | add_constraint_sum({}, true)));
 }
 
 TEST_F(Declare, RefusesDeclaredBodies) {

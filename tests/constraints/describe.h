@@ -37,12 +37,14 @@ inline ExprImpl& unwrap(const Handle& e) { return unwrap(static_cast<zorv_expr*>
 inline std::string describe(uint32_t attr) {
   if (attr == kPlainAttr) return "plain";
   if (is_varint_attr(attr)) return "varint";
-  const auto body = [](uint32_t index) { return "[" + text(*expr_expr(index).body) + "]"; };
-  if (is_expr_expr_attr(attr)) return "one " + body(attr_index(attr));
-  const ConstraintSum& sum = constraint_sum(attr_index(attr));
+  const auto body = [](const ExprExpr& constraint) { return "[" + text(*constraint.body) + "]"; };
+  if (is_expr_expr_attr(attr)) return "one " + body(expr_expr(attr_index(attr)));
+  const ConstraintSum sum = constraint_sum(attr_index(attr));
   std::string line = sum.declared ? "declared" : "classic";
-  for (const ConstraintItem& item : sum.items) line += " " + item.weight.str() + body(item.index);
-  if (sum.remainder != nullptr) line += " rest [" + text(*sum.remainder) + "]";
+  for (const auto& [constraint, weight] : items_of(sum)) {
+    line += " " + weight->str() + body(*constraint);
+  }
+  if (has_remainder(sum)) line += " rest [" + text(remainder_of(sum)) + "]";
   return line;
 }
 

@@ -26,15 +26,15 @@ inline coeff_t plain_violation(const ExprExpr& entry, const coeff_t& value) {
 inline coeff_t plain_energy(const ExprImpl& e, const Assignment& values) {
   coeff_t energy = plain_value(e, values);
   if (!carries_declared(e.attr)) return energy;
-  const ConstraintSum& sum = constraint_sum(attr_index(e.attr));
-  for (const ConstraintItem& item : sum.items) {
-    const ExprExpr& entry = expr_expr(item.index);
-    coeff_t penalty = item.weight;
+  const ConstraintSum sum = constraint_sum(attr_index(e.attr));
+  for (const ConstraintItem& item : items_of(sum)) {
+    const ExprExpr& entry = *item.constraint;
+    coeff_t penalty = *item.weight;
     const coeff_t violation = plain_violation(entry, plain_value(*entry.body, values));
     for (int k = 0; k < entry.shape_k; ++k) penalty *= violation;
     energy += penalty;
   }
-  if (sum.remainder != nullptr) energy += plain_value(*sum.remainder, values);
+  if (has_remainder(sum)) energy += plain_value(remainder_of(sum), values);
   return energy;
 }
 
