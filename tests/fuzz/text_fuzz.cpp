@@ -1,0 +1,164 @@
+// Every text that comes from outside, for libFuzzer: search parameters, subscripts of einsum,
+// names, and coefficients as records. A text that the contract refuses is no finding: abort_with is
+// replaced, at link time, by a function that throws.
+//
+// ZORV_TARGET names the function below that is fuzzed. Without it there is a main that tries all of
+// them on texts put together at random from the words that they know.
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "zorv/zorv.h"
+
+namespace {
+struct Refused {};
+}  // namespace
+
+#define ZORV_ABORT_WITH _ZN4zorv10abort_withERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE
+#define ZORV_WRAP_(name) __wrap_##name
+#define ZORV_WRAP(name) ZORV_WRAP_(name)
+extern "C" [[noreturn]] void ZORV_WRAP(ZORV_ABORT_WITH)(const std::string&) { throw Refused(); }
+
+namespace {
+
+void require(bool holds) {
+  if (!holds) std::abort();
+}
+
+// "key=value" in each line.
+void params(const std::string& text) {
+  static zorv_model* const model = [] {
+    uint64_t limb = 5;
+    const CoeffWire zero = {0, 0, nullptr}, five = {1, 1, &limb};
+    zorv_expr* e = zorv_expr_create_var(zorv_new_int_var("n", &zero, &five));
+    zorv_model* m = zorv_model_create(e);
+    zorv_expr_destroy(e);
+    return m;
+  }();
+  static zorv_easy_wrapper* const easy = zorv_easy_solver_wrapper_create(model);
+  static zorv_exhaustive_wrapper* const exhaustive = zorv_exhaustive_wrapper_create(model);
+  std::vector<std::string> words = {""};
+  for (const char c : text) {
+    if (c == '\n' || (c == '=' && words.size() % 2 == 1)) {
+      words.emplace_back();
+    } else {
+      words.back() += c;
+    }
+  }
+  std::vector<ParamPair> pairs;
+  for (size_t i = 0; i + 1 < words.size(); i += 2) {
+    pairs.push_back({words[i].c_str(), words[i + 1].c_str()});
+  }
+  // Of equal keys the last one counts.
+  pairs.insert(pairs.end(), {{"time_limit", "0"}, {"threads", "1"}, {nullptr, nullptr}});
+  zorv_easy_solver_result_destroy(zorv_easy_solver_wrapper_search(easy, pairs.data(), nullptr));
+  pairs.erase(pairs.end() - 3, pairs.end() - 1);
+  zorv_easy_solver_result_destroy(zorv_exhaustive_wrapper_search(exhaustive, pairs.data()));
+}
+
+// The first byte is the rank that the caller expects.
+void subscripts(const std::string& text) {
+  static const uint64_t kShape[] = {2, 2, 3};
+  static zorv_array_var* const vars = zorv_array_var_create(kShape, 2);
+  static zorv_array_int* const ints = zorv_array_int_create(kShape, 3);
+  static const uint32_t kKinds[] = {0, 1};
+  void* const inputs[] = {vars, ints};
+  if (text.empty()) return;
+  zorv_array_expr_destroy(static_cast<zorv_array_expr*>(
+      zorv_einsum(text.c_str() + 1, 2, kKinds, inputs, 1, static_cast<uint8_t>(text[0] - '0'))));
+}
+
+void names(const std::string& text) {
+  const uint32_t v = zorv_new_var(text.c_str());
+  require(text.c_str()[0] == '\0' || std::strcmp(zorv_var_str(v), text.c_str()) == 0);
+  const uint64_t shape[] = {2, 3};
+  const uint32_t first = zorv_new_var_array(text.c_str(), shape, 2);
+  require(std::string(zorv_var_str(first + 5)).ends_with("[1][2]"));
+  uint64_t limb = 9;
+  const CoeffWire zero = {0, 0, nullptr}, nine = {1, 1, &limb};
+  zorv_expr* e = zorv_expr_create_var(zorv_new_int_var(text.c_str(), &zero, &nine));
+  zorv_expr* in_bits = zorv_expr_binarize(e);
+  zorv_expr* value = zorv_varintelem_create(text.c_str(), &zero, &nine);
+  for (zorv_expr* x : {e, in_bits, value}) {
+    require(*zorv_expr_str(x) != '\0');
+    zorv_expr_destroy(x);
+  }
+  zorv_var_reset();
+}
+
+// A sign and limbs; what is written back has none to spare.
+void wires(const std::string& text) {
+  if (text.empty()) return;
+  std::vector<uint64_t> limbs((text.size() - 1) / sizeof(uint64_t));
+  std::memcpy(limbs.data(), text.data() + 1, limbs.size() * sizeof(uint64_t));
+  const CoeffWire in = {static_cast<signed char>(text[0]), static_cast<uint32_t>(limbs.size()),
+                        limbs.data()};
+  zorv_expr* e = zorv_expr_create_int(&in);
+  CoeffWire out = {0, 0, nullptr};
+  zorv_expr_constant(e, &out);
+  zorv_expr_destroy(e);
+  while (!limbs.empty() && limbs.back() == 0) limbs.pop_back();
+  if (in.sign == 0) limbs.clear();
+  require(out.sign == (limbs.empty() ? 0 : in.sign < 0 ? -1 : 1) && out.nlimbs == limbs.size());
+  require(std::equal(limbs.begin(), limbs.end(), out.limbs));
+  std::free(out.limbs);
+}
+
+void try_on(void (*target)(const std::string&), const std::string& text) {
+  try {
+    target(text);
+  } catch (const Refused&) {
+  }
+}
+
+}  // namespace
+
+#ifdef ZORV_TARGET
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  try_on(ZORV_TARGET, std::string(reinterpret_cast<const char*>(data), size));
+  return 0;
+}
+#else
+int main() {
+  const std::vector<std::string> words = {"time_limit",
+                                          "target_energy",
+                                          "seed",
+                                          "threads",
+                                          "topk_sols",
+                                          "best_energy_sols",
+                                          "=",
+                                          "=",
+                                          "\n",
+                                          "\n",
+                                          "-",
+                                          "1e308",
+                                          "nan",
+                                          "0x1p3",
+                                          "99999999999999999999999",
+                                          "ij",
+                                          "jkl",
+                                          ",",
+                                          "->",
+                                          "i",
+                                          " ",
+                                          "1",
+                                          "2",
+                                          "x[1]",
+                                          "~",
+                                          "{0}",
+                                          "\xff",
+                                          "\x80",
+                                          std::string(8, '\0'),
+                                          std::string(1, '\0')};
+  std::mt19937_64 random(1);
+  for (int round = 0; round < 2000; ++round) {
+    std::string text;
+    for (uint64_t n = random() % 9; n > 0; --n) text += words[random() % words.size()];
+    try_on(subscripts, text), try_on(wires, text), try_on(names, text);
+    if (round % 20 == 0) try_on(params, text);
+  }
+}
+#endif
