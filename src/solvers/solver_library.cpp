@@ -1,8 +1,11 @@
 #include "solvers/solver_library.h"
 
 #include <dlfcn.h>
+#include <elf.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 
 #include "core/fatal.h"
 #include "core/solver_type.h"
@@ -12,6 +15,25 @@
 namespace zorv {
 
 namespace {
+
+// Whether a part of the library that is to be mapped lies beyond the end of the file, as after a
+// copy that broke off. The loader does not look, and would end the process by SIGBUS.
+bool is_cut_off(const std::string& path) {
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  const auto size = static_cast<uint64_t>(file.tellg());
+  const auto read_at = [&file](uint64_t offset, auto& record) {
+    file.seekg(static_cast<std::streamoff>(offset));
+    return static_cast<bool>(file.read(reinterpret_cast<char*>(&record), sizeof(record)));
+  };
+  Elf64_Ehdr header;
+  if (!read_at(0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return false;
+  for (uint64_t i = 0; i < header.e_phnum; ++i) {
+    Elf64_Phdr part;
+    if (!read_at(header.e_phoff + i * header.e_phentsize, part)) return true;
+    if (part.p_type == PT_LOAD && part.p_offset + part.p_filesz > size) return true;
+  }
+  return false;
+}
 
 void find_constraints(const SolverLibrary& library, const std::string& prefix,
                       ConstraintFunctions& functions) {
@@ -107,7 +129,9 @@ Klb5Table load_klb5() {
 }  // namespace
 
 SolverLibrary::SolverLibrary(const char* solver_name, const std::string& path)
-    : solver_name_(solver_name), handle_(dlopen(path.c_str(), RTLD_NOW)) {
+    : solver_name_(solver_name), handle_(nullptr) {
+  if (is_cut_off(path)) fatal(solver_name, ": failed to load ", path, ": file too short");
+  handle_ = dlopen(path.c_str(), RTLD_NOW);
   if (handle_ == nullptr) fatal(solver_name, ": failed to load ", path, ": ", dlerror());
 }
 
