@@ -7,6 +7,7 @@
 //   append, skip      one thread at a time, by a lock of the owner; the new size is published after
 //                     the entry is complete, so every thread that learns of an index finds it
 //   size, operator[]  take no lock
+//   clear             must be alone
 #pragma once
 
 #include <atomic>
@@ -25,7 +26,7 @@ class StableBlocks {
   StableBlocks() = default;
   StableBlocks(const StableBlocks&) = delete;
   StableBlocks& operator=(const StableBlocks&) = delete;
-  ~StableBlocks();
+  ~StableBlocks() { clear(); }
 
   uint64_t size() const { return size_.load(std::memory_order_acquire); }
   const Entry& operator[](uint64_t i) const { return *address(i); }
@@ -39,13 +40,16 @@ class StableBlocks {
     static_assert(std::is_trivially_destructible_v<Entry>);
     size_.store(size_.load(std::memory_order_relaxed) + n, std::memory_order_release);
   }
+  void clear();
 
  private:
   static constexpr int kFirstBlockBits = 6;
   static constexpr uint64_t kFirstBlockItems = uint64_t{1} << kFirstBlockBits;
-  static constexpr int kBlocks = 32 - kFirstBlockBits;  // room for more than 2^31 entries
+  static constexpr int kBlocks = 64 - kFirstBlockBits;  // room for any index
 
-  static int block_of(uint64_t i) { return std::bit_width(i / kFirstBlockItems + 1) - 1; }
+  static int block_of(uint64_t i) {
+    return static_cast<int>(std::bit_width(i / kFirstBlockItems + 1)) - 1;
+  }
   static uint64_t items_of(int block) { return kFirstBlockItems << block; }
   Entry* address(uint64_t i) const {
     assert(i < size());
@@ -74,12 +78,14 @@ uint64_t StableBlocks<Entry>::append(Args&&... args) {
 }
 
 template <typename Entry>
-StableBlocks<Entry>::~StableBlocks() {
+void StableBlocks<Entry>::clear() {
   if constexpr (!std::is_trivially_destructible_v<Entry>) {
     for (uint64_t i = 0; i < size(); ++i) address(i)->~Entry();
   }
+  size_.store(0, std::memory_order_release);
   for (int b = 0; b < kBlocks; ++b) {
     if (blocks_[b] != nullptr) std::allocator<Entry>().deallocate(blocks_[b], items_of(b));
+    blocks_[b] = nullptr;
   }
 }
 

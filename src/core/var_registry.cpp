@@ -26,7 +26,7 @@ uint64_t next_index(const VarRegistry& registry, uint64_t count) ZORV_REQUIRES(r
 void begin_run(VarRegistry& registry, uint64_t base, bool is_block, std::vector<uint64_t> shape)
     ZORV_REQUIRES(registry.mutex) {
   registry.runs.append(
-      {static_cast<uint32_t>(base), is_block, registry.names.size(), std::move(shape)});
+      VarRun{static_cast<uint32_t>(base), is_block, registry.names.size(), std::move(shape)});
 }
 
 // The run that holds a registered variable: the last one that does not begin behind it.
@@ -99,7 +99,9 @@ uint32_t new_var_array(const std::string& name, const uint64_t* dims, size_t ndi
 }
 
 uint64_t add_int_array_name(const std::string& name, const uint64_t* dims, size_t ndims) {
-  return VarRegistry::instance().int_arrays.append({name, {dims, dims + ndims}});
+  VarRegistry& registry = VarRegistry::instance();
+  const MutexLock lock(registry.mutex);
+  return registry.int_arrays.append(IntArrayName{name, {dims, dims + ndims}});
 }
 
 uint64_t var_count() { return VarRegistry::instance().count.load(std::memory_order_acquire); }

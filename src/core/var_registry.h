@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "core/append_only_table.h"
+#include "core/stable_blocks.h"
 #include "zorv/engine/mutex.h"
 
 namespace zorv {
@@ -33,10 +33,10 @@ struct IntArrayName {
 };
 
 struct VarRegistry {
-  AppendOnlyTable<std::string> names;  // "~" and the name
-  AppendOnlyTable<VarRun> runs;        // ascending by `base`
+  StableBlocks<std::string> names;  // "~" and the name
+  StableBlocks<VarRun> runs;        // ascending by `base`
   std::atomic<uint64_t> count{0};
-  AppendOnlyTable<IntArrayName> int_arrays;
+  StableBlocks<IntArrayName> int_arrays;
   Mutex mutex;
 
   static VarRegistry& instance();

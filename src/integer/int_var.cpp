@@ -40,7 +40,8 @@ uint32_t new_int_var_array(const char* name, const uint64_t* shape, size_t ndim,
   if (count > kMaxVariables - next) fatal("int_var: integer variable index space exhausted");
   const auto first = static_cast<uint32_t>(next);
   if (count > 0) {
-    registry.groups.append({first, count, std::move(resolved), {shape, shape + ndim}, lo, hi});
+    registry.groups.append(
+        IntVarGroup{first, count, std::move(resolved), {shape, shape + ndim}, lo, hi});
     registry.bit_total += count * bit_width(lo, hi);
     registry.next_index.store(next + count, std::memory_order_release);
   }

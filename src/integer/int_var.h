@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/append_only_table.h"
 #include "core/coeff.h"
+#include "core/stable_blocks.h"
 #include "zorv/engine/mutex.h"
 
 namespace zorv {
@@ -29,7 +29,7 @@ struct IntVarGroup {
 };
 
 struct IntVarRegistry {
-  AppendOnlyTable<IntVarGroup> groups;
+  StableBlocks<IntVarGroup> groups;
   std::atomic<uint64_t> next_index{0};
   std::atomic<uint64_t> bit_total{0};  // sum of the bit widths of all atoms
   Mutex mutex;

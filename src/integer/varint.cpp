@@ -3,26 +3,38 @@
 #include <numeric>
 #include <string>
 
-#include "core/append_only_table.h"
 #include "core/fatal.h"
+#include "core/stable_blocks.h"
 #include "core/var_registry.h"
 #include "integer/bit_sum.h"
 #include "integer/series.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv {
 
 namespace {
 
-AppendOnlyTable<VarIntRecord>& varint_set() {
-  static AppendOnlyTable<VarIntRecord> table(uint64_t{kMaxVarIntIndex} + 1,
-                                             "VarIntSet: index overflow");
-  return table;
-}
+// All VarInts of the process.
+struct VarIntSet {
+  StableBlocks<VarIntRecord> records;
+  Mutex mutex;  // for additions
+
+  static VarIntSet& instance() {
+    static VarIntSet set;
+    return set;
+  }
+  // Returns the index of the new record.
+  uint32_t append(VarIntRecord record) {
+    const MutexLock lock(mutex);
+    if (records.size() > kMaxVarIntIndex) fatal("VarIntSet: index overflow");
+    return static_cast<uint32_t>(records.append(std::move(record)));
+  }
+};
 
 // The expression of a record that is entered in the table.
 ExprImpl make_value(VarIntRecord record) {
   ExprImpl e = polynomial_of(record.min, record.coeffs, record.vars);
-  e.attr = static_cast<uint32_t>(varint_set().append(std::move(record)));
+  e.attr = VarIntSet::instance().append(std::move(record));
   return e;
 }
 
@@ -69,15 +81,16 @@ const VarIntRecord& varint_record(uint32_t attr) {
   if (!is_varint_attr(attr)) {
     fatal("VarInt accessor called on a value that is not a VarInt (plain Expr or ExprExpr).");
   }
-  if (attr >= varint_set().size()) {
+  const StableBlocks<VarIntRecord>& records = VarIntSet::instance().records;
+  if (attr >= records.size()) {
     fatal(
         "VarInt accessor called on a value that is no longer a VarInt "
         "(e.g. after vi += 1, vi.sqr()).");
   }
-  return varint_set()[attr];
+  return records[attr];
 }
 
-uint64_t varint_record_count() { return varint_set().size(); }
+uint64_t varint_record_count() { return VarIntSet::instance().records.size(); }
 
 std::vector<bool> decompose(const VarIntRecord& record, const coeff_t& value) {
   std::vector<bool> bits(record.vars.size());

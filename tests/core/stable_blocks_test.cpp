@@ -1,17 +1,17 @@
-#include "core/append_only_table.h"
+#include "core/stable_blocks.h"
 
 #include <memory>
-#include <string>
 #include <thread>
 #include <vector>
 
 #include "support/support.h"
+#include "zorv/engine/mutex.h"
 
 namespace zorv::test {
 namespace {
 
-TEST(AppendOnlyTable, EntriesKeepTheirAddressAcrossAllBlocks) {
-  AppendOnlyTable<std::unique_ptr<uint64_t>> table(5000, "full");
+TEST(StableBlocks, EntriesKeepTheirAddressAcrossAllBlocks) {
+  StableBlocks<std::unique_ptr<uint64_t>> table;
   std::vector<const std::unique_ptr<uint64_t>*> addresses;
   for (uint64_t i = 0; i < 5000; ++i) {  // blocks end after 64, 192, 448, ... entries
     ASSERT_EQ(table.append(std::make_unique<uint64_t>(i)), i);
@@ -24,34 +24,22 @@ TEST(AppendOnlyTable, EntriesKeepTheirAddressAcrossAllBlocks) {
   }
 }
 
-TEST(AppendOnlyTable, ChangesAnEntryAndReturnsWhatTheChangeReturns) {
-  AppendOnlyTable<std::string> table(10, "full");
-  table.append("a");
-  table.append("b");
-  EXPECT_EQ(table.change(1, [](std::string& s) { return (s += "c").size(); }), 2u);
-  EXPECT_EQ(table[0], "a");
-  EXPECT_EQ(table[1], "bc");
-}
-
-TEST(AppendOnlyTable, AbortsOnTheFirstEntryTooMany) {
-  AppendOnlyTable<int> table(2, "Small: index overflow");
-  table.append(1);
-  EXPECT_EQ(table.append(2), 1u);
-  EXPECT_FATAL(table.append(3), "Small: index overflow");
-}
-
 // Writers append pairs that belong together while a reader walks whatever is published.
-TEST(AppendOnlyTable, PublishesCompleteEntriesToReadersWithoutALock) {
+TEST(StableBlocks, PublishesCompleteEntriesToReadersWithoutALock) {
   constexpr uint64_t kWriters = 3, kEach = 4000;
   struct Pair {
     uint64_t value, complement;
   };
-  AppendOnlyTable<Pair> table(kWriters * kEach, "full");
+  StableBlocks<Pair> table;
+  Mutex mutex;
   std::vector<uint64_t> indices(kWriters * kEach);
   std::vector<std::thread> threads;
   for (uint64_t w = 0; w < kWriters; ++w) {
     threads.emplace_back([&, w] {
-      for (uint64_t v = w * kEach; v < (w + 1) * kEach; ++v) indices[v] = table.append({v, ~v});
+      for (uint64_t v = w * kEach; v < (w + 1) * kEach; ++v) {
+        const MutexLock lock(mutex);
+        indices[v] = table.append(Pair{v, ~v});
+      }
     });
   }
   uint64_t torn = 0;
