@@ -32,7 +32,8 @@ namespace zorv {
 template <typename Number>
 class EnumerationWalk {
  public:
-  // Stands at the first assignment: all bits 0, all integers at their lower bounds.
+  // Stands at the first assignment: all bits 0, all integers at their lower bounds. The tables have
+  // no pairs apart: each step moves one variable by 1, and a stored body saves half of the work.
   EnumerationWalk(const ModelImpl& model, const SearchTables<Number>& tables);
 
   const Number& energy() const { return energy_; }
@@ -130,8 +131,7 @@ void EnumerationWalk<Number>::add_rows() {
     add_row(i, tables_.objective[i], [](uint32_t other) { return other; });
   }
   for (uint32_t i = 0; i < tables_.variable_count; ++i) {
-    const VariableRow<Number>& variable = tables_.variables[i];
-    for (uint64_t k = variable.others_begin; k < variable.others_end(); ++k) {
+    for (uint64_t k = tables_.others[i].begin; k < tables_.others[i].end; ++k) {
       const OtherBodyEntry<Number>& body = tables_.other_bodies[k];
       add_row(i, body.part, [&](uint32_t other) { return body_row(other, body.cons); });
     }
@@ -141,10 +141,10 @@ void EnumerationWalk<Number>::add_rows() {
 template <typename Number>
 uint32_t EnumerationWalk<Number>::body_row(uint32_t variable, uint32_t cons) const {
   const auto bodies = tables_.other_bodies.begin();
-  const VariableRow<Number>& row = tables_.variables[variable];
+  const OtherRow& row = tables_.others[variable];
   const auto entry = std::lower_bound(
-      bodies + static_cast<std::ptrdiff_t>(row.others_begin),
-      bodies + static_cast<std::ptrdiff_t>(row.others_end()), cons,
+      bodies + static_cast<std::ptrdiff_t>(row.begin),
+      bodies + static_cast<std::ptrdiff_t>(row.end), cons,
       [](const OtherBodyEntry<Number>& body, uint32_t c) { return body.cons < c; });
   return tables_.variable_count + static_cast<uint32_t>(entry - bodies);
 }
@@ -231,7 +231,8 @@ inline void EnumerationWalk<Number>::move(uint32_t variable, int direction) {
     add_directed(state.body, simple[k].coeff, direction);
     settle(state, penalty_for(rule, gap_violation(rule, state.body)));
   }
-  for (uint64_t k = row.others_begin; k < row.others_end(); ++k) {
+  const OtherRow& others = tables_.others[variable];
+  for (uint64_t k = others.begin; k < others.end; ++k) {
     const uint32_t cons = tables_.other_bodies[k].cons;
     ConsState<Number>& state = constraints_[cons];
     state.body += change(rows_[tables_.variable_count + k], x, direction);

@@ -145,7 +145,7 @@ SearchResult make_result(const ModelImpl& model, const SearchTables<Number>& tab
 
 template <typename Number>
 SearchResult enumerate_with(const ModelImpl& model, const TieOptions& ties) {
-  const SearchTables<Number> tables(model);
+  const SearchTables<Number> tables(model, false);
   EnumerationWalk<Number> walk(model, tables);
   BestStates<Number> best(ties, walk.energy());
   uint64_t states = 1;

@@ -26,12 +26,21 @@ inline int64_t gap_violation(const ConsRule<int64_t>& c, int64_t body) {
   return std::max(std::min(body - c.lo, c.hi - body), int64_t{0});
 }
 
+// Of a band where `side` is 1, of a gap where it is -1.
+inline int64_t pair_violation(const PairRule<int64_t>& pair, int64_t body) {
+  return std::max(pair.side * std::max(pair.rule.lo - body, body - pair.rule.hi), int64_t{0});
+}
+
 inline coeff_t band_violation(const ConsRule<coeff_t>& c, const coeff_t& body) {
   return distance(body, c.lo, c.hi);
 }
 inline coeff_t gap_violation(const ConsRule<coeff_t>& c, const coeff_t& body) {
   if (body <= c.lo || c.hi <= body) return 0;
   return std::min(coeff_t(body - c.lo), coeff_t(c.hi - body));
+}
+
+inline coeff_t pair_violation(const PairRule<coeff_t>& pair, const coeff_t& body) {
+  return pair.side > 0 ? band_violation(pair.rule, body) : gap_violation(pair.rule, body);
 }
 
 inline int64_t penalty_for(const ConsRule<int64_t>& c, int64_t violation) {
@@ -42,7 +51,7 @@ inline coeff_t penalty_for(const ConsRule<coeff_t>& c, coeff_t violation) {
   return violation;
 }
 
-// Of constraint `c` where its body is `body`.
+// Of constraint `c`, not one of the pairs, where its body is `body`.
 template <typename Number>
 Number violation(const SearchTables<Number>& tables, size_t c, const Number& body) {
   const ConsKind& kind = tables.constraints[c];
@@ -62,12 +71,13 @@ Number penalty_at(const SearchTables<Number>& tables, size_t c, const Number& bo
   return penalty_for(tables.rules[tables.constraints[c].rule], violation(tables, c, body));
 }
 
-// Takes bodies and penalties from an assignment, from the definition.
+// Takes bodies and penalties from an assignment, from the definition; pairs have none.
 template <typename Number>
 void evaluate_constraints(const ModelImpl& model, const SearchTables<Number>& tables,
                           const uint64_t* words, const coeff_t* ints,
                           std::vector<ConsState<Number>>& states) {
   for (size_t c = 0; c < states.size(); ++c) {
+    if (tables.constraints[c].is_pair) continue;
     states[c].body = number_from<Number>(body_value(model.native_cons[c], words, ints));
     states[c].penalty = penalty_at(tables, c, states[c].body);
   }
@@ -109,10 +119,9 @@ class SearchState {
   ChangeLog changes;
 
   const Number& energy() const { return energy_; }
-  const Number& penalty(uint32_t constraint) const { return constraints_[constraint].penalty; }
-  bool is_violated(uint32_t constraint) const {
-    return violation(tables_, constraint, constraints_[constraint].body) != 0;
-  }
+  // How far constraint `c` is from holding, and what that costs.
+  Number violation_of(uint32_t c) const;
+  Number penalty_of(uint32_t c) const;
   // Calls f(constraint) for each one that holds variable i.
   template <typename Function>
   void for_each_constraint(uint32_t i, const Function& f) const;
@@ -145,8 +154,10 @@ SearchState<Number>::SearchState(const ModelImpl& model, const SearchTables<Numb
       tables_(tables),
       constraints_(tables.constraints.size()) {
   uint64_t longest = 0;
-  for (const VariableRow<Number>& row : tables.variables) {
-    longest = std::max(longest, uint64_t{row.band_count} + row.gap_count + row.other_count);
+  for (uint32_t i = 0; i < tables.variable_count; ++i) {
+    const VariableRow<Number>& row = tables.variables[i];
+    const OtherRow& other = tables.others[i];
+    longest = std::max(longest, row.gaps_end() - row.bands_begin + other.end - other.begin);
   }
   pending_bodies_.resize(longest);
   pending_penalties_.resize(longest);
@@ -163,11 +174,29 @@ void SearchState<Number>::evaluate() {
 }
 
 template <typename Number>
+Number SearchState<Number>::violation_of(uint32_t c) const {
+  const ConsKind& kind = tables_.constraints[c];
+  if (!kind.is_pair) return violation(tables_, c, constraints_[c].body);
+  const PairRule<Number>& pair = tables_.pair_rules[kind.rule];
+  const auto& [one, two] = tables_.pair_ends[kind.set];
+  return pair_violation(pair, Number(pair.coeff * x[one] + pair.other_coeff * x[two]));
+}
+
+template <typename Number>
+Number SearchState<Number>::penalty_of(uint32_t c) const {
+  const ConsKind& kind = tables_.constraints[c];
+  if (!kind.is_pair) return constraints_[c].penalty;
+  return penalty_for(tables_.pair_rules[kind.rule].rule, violation_of(c));
+}
+
+template <typename Number>
 template <typename Function>
 void SearchState<Number>::for_each_constraint(uint32_t i, const Function& f) const {
   const VariableRow<Number>& row = tables_.variables[i];
+  for (uint64_t k = row.pairs_begin; k < row.pairs_end(); ++k) f(tables_.pair_constraints[k]);
   for (uint64_t k = row.bands_begin; k < row.gaps_end(); ++k) f(tables_.simple_bodies[k].cons);
-  for (uint64_t k = row.others_begin; k < row.others_end(); ++k) f(tables_.other_bodies[k].cons);
+  for (uint64_t k = tables_.others[i].begin; k < tables_.others[i].end; ++k)
+    f(tables_.other_bodies[k].cons);
 }
 
 template <typename Number>
@@ -202,6 +231,14 @@ inline Number SearchState<Number>::move_delta(uint32_t i, const Number& value) {
   const Number step = value - from;
   Number delta(0);
   if (row.is_in_objective) delta = change(tables_.objective[i], from, value);
+  const PairEntry* const pairs = tables_.pairs.data();
+  for (uint64_t k = row.pairs_begin, end = row.pairs_end(); k < end; ++k) {
+    const PairRule<Number>& pair = tables_.pair_rules[pairs[k].rule];
+    const Number rest = pair.other_coeff * x[pairs[k].other];
+    const Number was = rest + pair.coeff * from, is = rest + pair.coeff * value;
+    delta += penalty_for(pair.rule, pair_violation(pair, is));
+    delta -= penalty_for(pair.rule, pair_violation(pair, was));
+  }
   uint64_t p = 0;
   const auto enter = [&](const ConsState<Number>& state, Number body, Number penalty) {
     delta += penalty - state.penalty;
@@ -226,7 +263,8 @@ inline Number SearchState<Number>::move_delta(uint32_t i, const Number& value) {
     Number penalty = penalty_for(rule, gap_violation(rule, body));
     enter(state, std::move(body), std::move(penalty));
   }
-  for (uint64_t k = row.others_begin, end = row.others_end(); k < end; ++k) {
+  if (!row.has_others) return delta;
+  for (uint64_t k = tables_.others[i].begin, end = tables_.others[i].end; k < end; ++k) {
     const OtherBodyEntry<Number>& entry = tables_.other_bodies[k];
     const ConsState<Number>& state = constraints_[entry.cons];
     Number body = state.body + change(entry.part, from, value);
@@ -248,8 +286,10 @@ inline void SearchState<Number>::apply_move(uint32_t i, const Number& value, con
   for (uint64_t k = row.bands_begin, end = row.gaps_end(); k < end; ++k) {
     settle(constraints_[tables_.simple_bodies[k].cons]);
   }
-  for (uint64_t k = row.others_begin, end = row.others_end(); k < end; ++k) {
-    settle(constraints_[tables_.other_bodies[k].cons]);
+  if (row.has_others) {
+    for (uint64_t k = tables_.others[i].begin, end = tables_.others[i].end; k < end; ++k) {
+      settle(constraints_[tables_.other_bodies[k].cons]);
+    }
   }
   x[i] = value;
   energy_ += delta;

@@ -42,19 +42,24 @@ template <typename Number>
 struct alignas(kCacheLine) VariableRow {
   VariableKind kind;
   bool is_in_objective = false;
-  // The constraints that hold it: into `simple_bodies`, bands before gaps, and `other_bodies`.
-  uint32_t other_count = 0;
-  uint32_t band_count = 0, gap_count = 0;
-  uint64_t bands_begin = 0, others_begin = 0;
+  bool has_others = false;  // see `others`
+  // The constraints that hold it: into `pairs` and `simple_bodies`, bands before gaps.
+  uint32_t pair_count = 0, band_count = 0, gap_count = 0;
+  uint64_t pairs_begin = 0, bands_begin = 0;
 
   FastModulo choices;  // small: among its values; stepped: among its steps 1, 2, 4, ...
   Number lo, hi;
 
+  uint64_t pairs_end() const { return pairs_begin + pair_count; }
   uint64_t gaps_begin() const { return bands_begin + band_count; }
   uint64_t gaps_end() const { return gaps_begin() + gap_count; }
-  uint64_t others_end() const { return others_begin + other_count; }
 };
 static_assert(sizeof(VariableRow<int64_t>) == kCacheLine);
+
+// Its constraints of all other forms: into `other_bodies`.
+struct OtherRow {
+  uint64_t begin = 0, end = 0;
+};
 
 // What only the start of a round needs.
 struct SampleRow {
@@ -104,7 +109,7 @@ struct OtherBodyEntry {
 
 // Where a body is free of penalty. Nearly all constraints are bands and gaps, whose violation is
 // two differences and two choices; anything else is a list of intervals.
-enum class ConsShape : uint32_t {
+enum class ConsShape : uint8_t {
   kBand,  // from lo to hi
   kGap,   // up to lo and from hi on
   kSet,   // in the intervals of `sets`
@@ -119,10 +124,26 @@ struct ConsRule {
   Number once, squared;
 };
 
+// A band or a gap whose body is coeff * x + other_coeff * y, the constant being part of the rule.
+template <typename Number>
+struct PairRule {
+  ConsRule<Number> rule;
+  Number coeff, other_coeff;
+  Number side;  // 1: a band, -1: a gap
+};
+
+// A constraint on two variables, in the row of one of them. Its body is not stored but worked out
+// from both: one value is less to read than a body and a penalty, and nothing is left to write.
+struct PairEntry {
+  uint32_t other;  // flat index
+  uint32_t rule;   // into `pair_rules`
+};
+
 struct ConsKind {
   ConsShape shape;
-  uint32_t rule;
-  uint32_t set;  // of kSet
+  bool is_pair = false;
+  uint32_t rule;  // into `rules`, or into `pair_rules` as the first variable has it
+  uint32_t set;   // of kSet; of a pair, into `pair_ends`
 };
 
 // What changes of a constraint. Every worker has its own, and nothing else of them is scattered.
@@ -144,7 +165,10 @@ struct SearchTables {
   std::vector<SampleRow> samples;
   std::vector<Number> steps;  // 1, 2, 4, ...; a variable uses the first choices.divisor() of them
 
-  std::vector<PartRow<Number>> objective;              // one for each variable
+  std::vector<OtherRow> others;            // one for each variable
+  std::vector<PartRow<Number>> objective;  // one for each variable
+  std::vector<PairEntry> pairs;
+  std::vector<uint32_t> pair_constraints;              // of each entry of `pairs`
   std::vector<SimpleBodyEntry<Number>> simple_bodies;  // linear bodies of bands and gaps
   std::vector<OtherBodyEntry<Number>> other_bodies;
   std::vector<QuadraticEntry<Number>> quadratics;
@@ -153,9 +177,12 @@ struct SearchTables {
 
   std::vector<ConsKind> constraints;
   std::vector<ConsRule<Number>> rules;
+  std::vector<PairRule<Number>> pair_rules;
+  std::vector<std::pair<uint32_t, uint32_t>> pair_ends;  // the two variables
   std::vector<std::vector<NumberInterval>> sets;
 
-  explicit SearchTables(const ModelImpl& model);
+  // With `pairs_apart` false constraints on two variables are simple bodies too.
+  explicit SearchTables(const ModelImpl& model, bool pairs_apart = true);
 
  private:
   // The parts of one polynomial while it is taken apart, by variable.
@@ -169,9 +196,10 @@ struct SearchTables {
   void add_bits();
   void add_integer(const coeff_t& lo, const coeff_t& hi);
   void add_objective(const ModelImpl& model);
-  void add_constraints(const ModelImpl& model);
-  ConsKind make_kind(const NativeCons& cons, const Interval& range);
+  void add_constraints(const ModelImpl& model, bool pairs_apart);
+  ConsKind make_kind(const NativeCons& cons, const Interval& range, ConsRule<Number>& rule);
   uint32_t rule_number(const ConsRule<Number>& rule);
+  uint32_t rule_number(const PairRule<Number>& pair);
 
   void take_apart(const coeff_t& coeff, const uint32_t* literals, uint64_t degree);
   OpenPart& open_part(uint32_t variable);
@@ -180,10 +208,11 @@ struct SearchTables {
   std::vector<OpenPart> open_;
   std::vector<uint32_t> touched_;
   std::map<std::array<Number, 4>, uint32_t> rule_numbers_;
+  std::map<std::array<Number, 7>, uint32_t> pair_rule_numbers_;
 };
 
 template <typename Number>
-SearchTables<Number>::SearchTables(const ModelImpl& model)
+SearchTables<Number>::SearchTables(const ModelImpl& model, bool pairs_apart)
     : bit_count(static_cast<uint32_t>(model.variables.size())),
       variable_count(static_cast<uint32_t>(model.variables.size() + model.int_lo.size())),
       any_variable(variable_count) {
@@ -191,9 +220,10 @@ SearchTables<Number>::SearchTables(const ModelImpl& model)
   for (size_t j = 0; j < model.int_lo.size(); ++j) add_integer(model.int_lo[j], model.int_hi[j]);
   open_.resize(variable_count);
   add_objective(model);
-  add_constraints(model);
+  add_constraints(model, pairs_apart);
   open_ = std::vector<OpenPart>();
   rule_numbers_.clear();
+  pair_rule_numbers_.clear();
 }
 
 template <typename Number>
@@ -253,29 +283,55 @@ void SearchTables<Number>::add_objective(const ModelImpl& model) {
 }
 
 template <typename Number>
-void SearchTables<Number>::add_constraints(const ModelImpl& model) {
+void SearchTables<Number>::add_constraints(const ModelImpl& model, bool pairs_apart) {
+  struct Pair {
+    PairEntry entry;
+    uint32_t cons;
+  };
   struct Lists {
+    std::vector<Pair> pairs;
     std::vector<SimpleBodyEntry<Number>> bands, gaps;
     std::vector<OtherBodyEntry<Number>> others;
   };
   std::vector<Lists> lists(variable_count);
+  constraints.reserve(model.native_cons.size());
   for (uint32_t c = 0; c < model.native_cons.size(); ++c) {
     const NativeCons& cons = model.native_cons[c];
-    const ConsKind kind = constraints.emplace_back(make_kind(cons, body_range(model, cons)));
     for (size_t k = 0; k < cons.vars.size(); ++k) take_apart(cons.coeffs[k], &cons.vars[k], 1);
     for (size_t t = 0; t < cons.nl_coeffs.size(); ++t) {
       take_apart(cons.nl_coeffs[t], cons.nl_vars.data() + cons.nl_head[t],
                  cons.nl_head[t + 1] - cons.nl_head[t]);
     }
-    for (const uint32_t i : touched_) {
-      const PartRow<Number> part = close_part(i);
-      if (!part.is_linear() || kind.shape == ConsShape::kSet) {
-        lists[i].others.push_back({part, c});
-      } else {
-        auto& simple = kind.shape == ConsShape::kBand ? lists[i].bands : lists[i].gaps;
-        simple.push_back({part.linear, c, kind.rule});
+    ConsRule<Number> rule{};
+    ConsKind kind = make_kind(cons, body_range(model, cons), rule);
+    kind.is_pair = pairs_apart && kind.shape != ConsShape::kSet && touched_.size() == 2 &&
+                   cons.nl_coeffs.empty();
+    if (kind.is_pair) {
+      const uint32_t one = touched_[0], two = touched_[1];
+      const Number constant = number_from<Number>(cons.body_constant);
+      rule.lo -= constant;
+      rule.hi -= constant;
+      const Number coeff = close_part(one).linear, other_coeff = close_part(two).linear;
+      const Number side(kind.shape == ConsShape::kBand ? 1 : -1);
+      kind.rule = rule_number(PairRule<Number>{rule, coeff, other_coeff, side});
+      kind.set = static_cast<uint32_t>(pair_ends.size());
+      pair_ends.emplace_back(one, two);
+      const uint32_t reverse = rule_number(PairRule<Number>{rule, other_coeff, coeff, side});
+      lists[one].pairs.push_back({{two, kind.rule}, c});
+      lists[two].pairs.push_back({{one, reverse}, c});
+    } else {
+      kind.rule = rule_number(rule);
+      for (const uint32_t i : touched_) {
+        const PartRow<Number> part = close_part(i);
+        if (!part.is_linear() || kind.shape == ConsShape::kSet) {
+          lists[i].others.push_back({part, c});
+        } else {
+          auto& simple = kind.shape == ConsShape::kBand ? lists[i].bands : lists[i].gaps;
+          simple.push_back({part.linear, c, kind.rule});
+        }
       }
     }
+    constraints.push_back(kind);
     touched_.clear();
   }
   const auto move_behind = [](auto& entries, const auto& more) {
@@ -284,18 +340,26 @@ void SearchTables<Number>::add_constraints(const ModelImpl& model) {
   };
   for (uint32_t i = 0; i < variable_count; ++i) {
     VariableRow<Number>& row = variables[i];
+    row.pairs_begin = pairs.size();
+    for (const Pair& pair : lists[i].pairs) {
+      pairs.push_back(pair.entry);
+      pair_constraints.push_back(pair.cons);
+    }
+    row.pair_count = static_cast<uint32_t>(lists[i].pairs.size());
     row.bands_begin = simple_bodies.size();
     row.band_count = move_behind(simple_bodies, lists[i].bands);
     row.gap_count = move_behind(simple_bodies, lists[i].gaps);
-    row.others_begin = other_bodies.size();
-    row.other_count = move_behind(other_bodies, lists[i].others);
+    OtherRow other{other_bodies.size(), 0};
+    row.has_others = move_behind(other_bodies, lists[i].others) != 0;
+    other.end = other_bodies.size();
+    others.push_back(other);
   }
 }
 
 template <typename Number>
-ConsKind SearchTables<Number>::make_kind(const NativeCons& cons, const Interval& range) {
+ConsKind SearchTables<Number>::make_kind(const NativeCons& cons, const Interval& range,
+                                         ConsRule<Number>& rule) {
   ConsKind kind{};
-  ConsRule<Number> rule{};
   (cons.shape_k == 1 ? rule.once : rule.squared) = number_from<Number>(cons.weight);
   const std::vector<Interval> intervals = penalty_intervals(cons, range);
   const Interval& first = intervals.front();
@@ -318,7 +382,6 @@ ConsKind SearchTables<Number>::make_kind(const NativeCons& cons, const Interval&
       set.emplace_back(number_from<Number>(low), number_from<Number>(high));
     }
   }
-  kind.rule = rule_number(rule);
   return kind;
 }
 
@@ -328,6 +391,16 @@ uint32_t SearchTables<Number>::rule_number(const ConsRule<Number>& rule) {
   const auto [known, is_new] =
       rule_numbers_.try_emplace({rule.lo, rule.hi, rule.once, rule.squared}, next);
   if (is_new) rules.push_back(rule);
+  return known->second;
+}
+
+template <typename Number>
+uint32_t SearchTables<Number>::rule_number(const PairRule<Number>& pair) {
+  const auto next = static_cast<uint32_t>(pair_rules.size());
+  const ConsRule<Number>& rule = pair.rule;
+  const auto [known, is_new] = pair_rule_numbers_.try_emplace(
+      {rule.lo, rule.hi, rule.once, rule.squared, pair.coeff, pair.other_coeff, pair.side}, next);
+  if (is_new) pair_rules.push_back(pair);
   return known->second;
 }
 

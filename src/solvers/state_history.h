@@ -142,12 +142,12 @@ void StateHistory<Number>::note_value(uint32_t variable) {
 template <typename Number>
 void StateHistory<Number>::note_constraint(uint32_t constraint) {
   Share& share = shares_[constraint];
-  const Number& penalty = state_.penalty(constraint);
+  const Number penalty = state_.penalty_of(constraint);
   if (penalty != share.penalty) {
     penalties_ += penalty - share.penalty;
     share.penalty = penalty;
   }
-  const bool is_violated = is_required_[constraint] && state_.is_violated(constraint);
+  const bool is_violated = is_required_[constraint] && state_.violation_of(constraint) != 0;
   violated_ += static_cast<uint64_t>(is_violated) - static_cast<uint64_t>(share.is_violated);
   share.is_violated = is_violated;
 }
