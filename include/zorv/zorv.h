@@ -100,7 +100,7 @@ ZORV_API const char* zorv_var_str(uint32_t literal);
 ZORV_API const char* zorv_auto_var_name(void);
 
 /* Forgets all variables and atoms. Literals made before then name nothing, or name new variables;
- * nothing looks for them. Generated names go on counting. */
+ * nothing looks for them. Generated names go on counting. Runs alone, see convention 10. */
 ZORV_API void zorv_var_reset(void);
 
 /* ---- Terms -------------------------------------------------------------------------------------

@@ -6,14 +6,16 @@
 // Thread rules
 //   append, skip      one thread at a time, by a lock of the owner; the new size is published after
 //                     the entry is complete, so every thread that learns of an index finds it
-//   size, operator[]  take no lock
+//   what only reads   takes no lock
 //   clear             must be alone
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <bit>
 #include <cassert>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -31,6 +33,11 @@ class StableBlocks {
   uint64_t size() const { return size_.load(std::memory_order_acquire); }
   const Entry& operator[](uint64_t i) const { return *address(i); }
   Entry& operator[](uint64_t i) { return *address(i); }
+
+  // The last entry for which `holds` is true, where it is for the first one and for none behind one
+  // for which it is not.
+  template <typename Predicate>
+  const Entry& last_where(Predicate holds) const;
 
   // Makes an entry from `args` and returns its index.
   template <typename... Args>
@@ -63,6 +70,18 @@ class StableBlocks {
   // Written once each, before a size that reaches into the block is published.
   Entry* blocks_[kBlocks] = {};
 };
+
+template <typename Entry>
+template <typename Predicate>
+const Entry& StableBlocks<Entry>::last_where(Predicate holds) const {
+  const uint64_t n = size();
+  int block = block_of(n - 1);
+  while (block > 0 && !holds(blocks_[block][0])) --block;
+  const uint64_t before = items_of(block) - kFirstBlockItems;
+  const Entry* begin = blocks_[block];
+  const Entry* end = begin + std::min(items_of(block), n - before);
+  return *std::prev(std::partition_point(begin, end, holds));
+}
 
 template <typename Entry>
 template <typename... Args>

@@ -31,12 +31,7 @@ void begin_run(VarRegistry& registry, uint64_t base, bool is_block, std::vector<
 
 // The run that holds a registered variable: the last one that does not begin behind it.
 const VarRun& run_of(const VarRegistry& registry, uint32_t i) {
-  uint64_t run = 0;
-  for (uint64_t end = registry.runs.size(); end - run > 1;) {
-    const uint64_t middle = run + (end - run) / 2;
-    (registry.runs[middle].base <= i ? run : end) = middle;
-  }
-  return registry.runs[run];
+  return registry.runs.last_where([=](const VarRun& run) { return run.base <= i; });
 }
 
 void append_binary_name(std::string& text, uint32_t literal) {

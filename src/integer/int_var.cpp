@@ -15,12 +15,7 @@ IntVarRegistry& IntVarRegistry::instance() {
 
 const IntVarGroup* IntVarRegistry::find(uint32_t index) const {
   if (index >= next_index.load(std::memory_order_acquire)) return nullptr;
-  uint64_t group = 0;  // the last one that does not begin behind the index
-  for (uint64_t end = groups.size(); end - group > 1;) {
-    const uint64_t middle = group + (end - group) / 2;
-    (groups[middle].first <= index ? group : end) = middle;
-  }
-  return &groups[group];
+  return &groups.last_where([=](const IntVarGroup& group) { return group.first <= index; });
 }
 
 uint32_t new_int_var(const char* name, const coeff_t& lo, const coeff_t& hi) {

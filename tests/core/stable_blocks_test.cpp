@@ -21,6 +21,7 @@ TEST(StableBlocks, EntriesKeepTheirAddressAcrossAllBlocks) {
   for (uint64_t i = 0; i < 5000; ++i) {
     ASSERT_EQ(&table[i], addresses[i]);
     ASSERT_EQ(*table[i], i);
+    ASSERT_EQ(*table.last_where([=](const auto& entry) { return *entry <= i; }), i);
   }
 }
 
