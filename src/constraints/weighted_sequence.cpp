@@ -6,6 +6,11 @@
 
 namespace zorv {
 
+namespace {
+// Keeps the node that closes every list apart from an item of weight 0.
+constexpr uint32_t kNothing = ~0u;
+}  // namespace
+
 // `jump` and `length` follow from `before`.
 uint64_t hash_of(const SequenceNode& node) {
   return hash_with(hash_with(node.before, uint64_t{node.what}), node.weight);
@@ -16,7 +21,7 @@ bool same(const SequenceNode& a, const SequenceNode& b) {
 }
 
 SequenceTable::SequenceTable(const char* full_message) : nodes_(full_message) {
-  nodes_.number_of({});
+  nodes_.number_of({0, 0, 0, kNothing, 0});
 }
 
 uint32_t SequenceTable::extended(uint32_t list, uint32_t what, coeff_t weight) {

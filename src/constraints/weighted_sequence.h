@@ -29,7 +29,7 @@ struct SequenceNode {
   uint32_t before = 0;  // the list without it
   uint32_t jump = 0;    // a shorter list
   uint32_t length = 0;
-  uint32_t what = 0;
+  uint32_t what = 0;  // anything but ~0
   coeff_t weight;
 };
 uint64_t hash_of(const SequenceNode& node);

@@ -1,5 +1,8 @@
-// How often the library asks for memory. A program of its own: it counts every call of malloc,
-// realloc and operator new that the library's code makes, by wrapping them when it is linked.
+// How often the library asks for memory, and how much of it stays in use. A program of its own: it
+// counts every call of malloc, realloc and operator new that the library's code makes, by wrapping
+// them when it is linked.
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -80,10 +83,72 @@ void count_all() {
   expect_allocations("a product with zero", 0, [&] { mul(sum, ExprImpl()); });
 }
 
+template <typename Work>
+void expect_kept(const char* what, size_t limit, Work work) {
+  const auto in_use = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
+  const size_t before = in_use();
+  work();
+  const size_t after = in_use();
+  if (after <= before + limit) return;
+  std::printf("%s: %zu bytes kept, expected at most %zu\n", what, after - before, limit);
+  ++failures;
+}
+
+zorv_expr* rule(uint32_t x, uint32_t y) {
+  static uint64_t one = 1;
+  const CoeffWire lo{0, 0, nullptr}, hi{1, 1, &one};
+  zorv_expr* body = zorv_expr_create_add_var_var(x, y);
+  zorv_expr* rule = zorv_cons_between(body, &lo, &hi);
+  zorv_expr_destroy(body);
+  return rule;
+}
+
+enum class Side { kLeft, kRight };
+zorv_expr* rules(const uint32_t* vars, uint32_t n, Side new_side) {
+  zorv_expr* sum = rule(vars[0], vars[1]);
+  for (uint32_t i = 1; i + 1 < n; ++i) {
+    zorv_expr* next = rule(vars[i], vars[i + 1]);
+    zorv_expr* longer = new_side == Side::kRight ? zorv_expr_clone_add_expr(sum, next)
+                                                 : zorv_expr_clone_add_expr(next, sum);
+    zorv_expr_destroy(sum);
+    zorv_expr_destroy(next);
+    sum = longer;
+  }
+  return sum;
+}
+
+void model_and_sol(const zorv_expr* simplified) {
+  zorv_model* model = zorv_model_create(simplified);
+  zorv_sol_destroy(zorv_sol_create(model));
+  zorv_model_destroy(model);
+}
+
+// What is built once more, and what shares all but its last constraint, costs next to nothing.
+void measure_constraints() {
+  constexpr uint32_t n = 2000;
+  uint32_t vars[n];
+  for (uint32_t& x : vars) x = zorv_new_var(nullptr);
+  for (const Side side : {Side::kRight, Side::kLeft}) {
+    expect_kept("constraints added one by one", 2 << 20,
+                [&] { zorv_expr_destroy(rules(vars, n, side)); });
+    expect_kept("the same once more", 100 << 10, [&] { zorv_expr_destroy(rules(vars, n, side)); });
+  }
+  zorv_expr* sum = rules(vars, n, Side::kRight);
+  zorv_expr* simplified = zorv_expr_simplify_as_binary(sum);
+  model_and_sol(simplified);
+  expect_kept("a model", 0, [&] { model_and_sol(simplified); });
+  expect_kept("simplifications", 16 << 10, [&] {
+    for (int i = 0; i < 20; ++i) zorv_expr_destroy(zorv_expr_simplify_as_binary(sum));
+  });
+  zorv_expr_destroy(sum);
+  zorv_expr_destroy(simplified);
+}
+
 }  // namespace
 }  // namespace zorv
 
 int main() {
   zorv::count_all();
+  zorv::measure_constraints();
   return zorv::failures == 0 ? 0 : 1;
 }

@@ -33,6 +33,65 @@ TEST(ExprExprSet, AllowedValuesSetTheHull) {
   EXPECT_EQ(expr_expr(i).allowed, allowed);
 }
 
+// Equal constraints are stored once, which must not tie them together.
+TEST(ExprExprSet, AChangeReachesTheSumsThatNameTheEntryAndNothingElse) {
+  const ExprImpl x = var(fresh("x")), y = var(fresh("y"));
+  const Handle a = classic(y, x), b = classic(y, x);
+  for (const Handle* e : {&a, &b}) zorv_exprexpr_set_bounds(*e, Wire(0), Wire(1));
+  const Handle sum = zorv_expr_clone_add_expr(a, b), declared = zorv_cons_mark(sum);
+  const Handle simplified = zorv_expr_simplify(sum);
+  zorv_exprexpr_set_bounds(a, Wire(0), Wire(7));
+  const auto highest = [](const Handle& e) {
+    coeff_t hi = 0;
+    for (const ConstraintItem& item : items_of(parts_of(e.attr())))
+      hi = hi * 10 + item.constraint->hi;
+    return hi;
+  };
+  EXPECT_EQ(highest(a), 7);
+  EXPECT_EQ(highest(b), 1);
+  EXPECT_EQ(highest(sum), 71);
+  EXPECT_EQ(highest(declared), 71);
+  EXPECT_EQ(highest(simplified), 11);
+}
+
+TEST(ConstraintTables, WhatIsBuiltTwiceIsStoredOnceUnderNewNumbers) {
+  const ExprImpl x = var(fresh("x")), y = var(fresh("y"));
+  const auto build = [&] {
+    Handle sum = between(x, 0, 1);
+    sum = zorv_expr_clone_add_expr(sum, between(x + y + x, 0, 2));
+    zorv_expr_imul_int(sum, Wire(3));
+    sum = zorv_expr_clone_add_expr(sum, Handle(zorv_cons_mark(borrow(x * y))));
+    zorv_expr_iadd_expr(sum, sum);
+    return Handle(zorv_expr_simplify_as_binary(sum));
+  };
+  const Handle once = build();
+  const ConstraintTableSizes before = constraint_table_sizes();
+  const Handle again = build();
+  ConstraintTableSizes expected = before;
+  expected.expr_exprs += 2 + 4;  // two made, four rewritten
+  expected.sums +=
+      2 + 1 + 1 + 1 + 1 + 1 + 1;  // two, their sum, scaled, mark, sum, doubled, rewritten
+  EXPECT_EQ(constraint_table_sizes(), expected);
+  EXPECT_EQ(describe(again), describe(once));
+  EXPECT_EQ(again.attr(), kSumTag | (expected.sums - 1));
+  EXPECT_EQ(classic(x, y).attr(), kExprExprTag | expected.expr_exprs);
+}
+
+// Its first slot is free though it has terms, so a later sum fills the slot.
+TEST(ConstraintTables, RemaindersAddUpAsTheirPolynomialsWould) {
+  ExprImpl bulk;
+  const ExprImpl x = var(fresh("x")), y = var(fresh("y"));
+  bulk.list.reserve(1);
+  bulk.list.append_entries((x + x).list);
+  for (const ExprImpl& left : {x, ExprImpl(2), bulk}) {
+    SumParts right = joined(penalty_part(bulk), penalty_part(y));
+    EXPECT_EQ(text(remainder_of(right)), text(bulk + y));
+    EXPECT_EQ(text(remainder_of(joined(penalty_part(left), right))), text(left + (bulk + y)));
+    right = scaled(right, 5);
+    EXPECT_EQ(text(remainder_of(joined(right, right))), text(5 * (bulk + y) + 5 * (bulk + y)));
+  }
+}
+
 TEST(ConstraintTables, RefuseIndicesBeyondTheirEnd) {
   const uint32_t bad = kMaxConstraintIndex, good = add_expr_expr(ExprImpl());
   EXPECT_FATAL(expr_expr(bad), "ExprExprSet: meta bad index");
