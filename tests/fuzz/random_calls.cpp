@@ -113,7 +113,8 @@ static zorv_easy_wrapper* easy;
 static zorv_exhaustive_wrapper* exhaustive;
 static zorv_klb5_wrapper* klb5;
 static const ParamPair kPlain[] = {{"time_limit", "0.001"}, {"threads", "1"}, {0, 0}};
-static const ParamPair kTop[] = {{"time_limit", "0"}, {"topk_sols", "3"}, {"seed", "7"}, {0, 0}};
+static const ParamPair* params;
+static const ParamPair kTop[] = {{"time_limit", "0"}, {"topk_sols", "3"}, {0, 0}};
 static const ParamPair kBest[] = {{"best_energy_sols", "4"}, {"time_limit", "1e-3"}, {0, 0}};
 static const ParamPair kNone[] = {{"best_energy_sols", "5"}, {0, 0}};
 static CoeffWire* out(void) {
