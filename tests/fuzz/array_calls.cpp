@@ -228,6 +228,34 @@ Elem constrained(const Elem& e, const coeff_t& lo, const coeff_t& hi) {
   EACH(array_##kind##_between_array_int, [](Call&, auto& e, auto& lo, auto& hi) {  \
     return constrained(e, lo.integer(), hi.integer());                             \
   });
+// One bound is given, the other is one that the element cannot pass.
+template <bool kLower>
+constexpr auto one_sided = [](zorv_array_expr* got, auto& a, auto& v) {
+  bool right = zorv_array_expr_size(got) == a.model.e.size();
+  for (size_t i = 0; right && i < a.model.e.size(); ++i) {
+    const Poly& p = a.model.e[i].p;
+    const auto bound = v.model.e[v.model.e.size() == 1 ? 0 : i].integer();
+    zorv_expr* body = nullptr;
+    Wire weight, lo, hi;
+    zorv_cons_item_info(zorv_array_expr_ref(got, i), 0, &body, weight.get(), lo.get(), hi.get());
+    right = (kLower ? lo : hi).value() == bound && read(body)[kFree] == p[kFree];
+    if (!zorv_expr_has_int_atom(body)) {
+      right = right && (kLower ? hi.value() >= *p[kBits] : lo.value() <= *p[kBits]);
+    }
+    zorv_expr_destroy(body);
+  }
+  zorv_array_expr_destroy(got);
+  return right;
+};
+constexpr auto equal_shapes = [](Call& call, auto& a, auto& b) {
+  call.legal = a.model.shape == b.model.shape;
+};
+#define ZORV_ONE_SIDED(kind, id, ...)                                                  \
+  using kind##_array = In<const zorv_array_##kind*>;                                   \
+  Table<kind##_array, SmallCoeff>::query(FN(array_##kind##_ge_int), one_sided<true>);  \
+  Table<kind##_array, SmallCoeff>::query(FN(array_##kind##_le_int), one_sided<false>); \
+  QUERY(array_##kind##_ge_array_int, one_sided<true>, equal_shapes);                   \
+  QUERY(array_##kind##_le_array_int, one_sided<false>, equal_shapes);
 #define ZORV_EQUAL(kind, id, ...)                                                  \
   EACH(array_##kind##_eq_array_int, [](Call&, auto& e, auto& v) {                  \
     const Poly d = e.p - v.p;                                                      \
@@ -296,11 +324,50 @@ void contraction(const char* name) {
       });
 }
 
+// Exact division of all elements, and truncation of integers.
+void division() {
+  EACH(array_int_div_eq_int, [](Call& call, auto& e, auto& c) {
+    call.usable = call.usable && c.integer() != 0;
+    return call.usable ? plain(number(e.integer() / c.integer())) : e;
+  });
+  const auto exact = [](Call& call, auto& a, auto& c) {
+    Thing result = a.model;
+    call.legal = c.value != 0;
+    for (size_t i = 0; call.legal && i < result.e.size(); ++i) {
+      zorv_expr* e = nullptr;
+      if constexpr (std::remove_cvref_t<decltype(a)>::K::id == kTerms) {
+        e = zorv_expr_create_term(zorv_array_term_get(a.handle, i), 1);
+      } else {
+        e = zorv_array_expr_get(a.handle, i);
+      }
+      Wire gcd;
+      zorv_expr_gcd(e, gcd.get());
+      zorv_expr_destroy(e);
+      call.legal = gcd.value() % c.value == 0;
+      if (call.legal) {
+        result.e[i].p =
+            pointwise(result.e[i].p, number(c.value),
+                      [](const coeff_t& x, const coeff_t& y) { return coeff_t(x / y); });
+      }
+    }
+    // Nothing is said of an element that still has constraints.
+    call.usable =
+        std::none_of(result.e.begin(), result.e.end(), [](auto& e) { return e.declared(); });
+    return result;
+  };
+  Table<In<zorv_array_term*>, SmallCoeff>::whole(FN(array_term_div_eq_int), exact);
+  Table<In<const zorv_array_term*>, SmallCoeff>::whole(FN(array_term_div_int), exact);
+  Table<In<zorv_array_expr*>, SmallCoeff>::whole(FN(array_expr_div_eq_int), exact);
+  Table<In<const zorv_array_expr*>, SmallCoeff>::whole(FN(array_expr_div_int), exact);
+}
+
 }  // namespace
 
 void add_array_calls() {
   element_by_element(), shapes();
   ZORV_ALL(ZORV_CONSTRAINTS)
+  ZORV_ALL(ZORV_ONE_SIDED)
+  division();
   ZORV_EQUAL(var, kVars)
   ZORV_EQUAL(term, kTerms)
   ZORV_EQUAL(expr, kExprs)

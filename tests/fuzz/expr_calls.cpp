@@ -7,6 +7,35 @@ namespace zorv::fuzz {
 
 namespace {
 
+// The values of all variables that were drawn from, as zorv_expr_eval_map takes them.
+struct Values {
+  explicit Values(Call&) : literals(world->literals) {
+    for (const uint32_t literal : literals) own.emplace_back(world->value(literal, kBits));
+    for (Wire& wire : own) wires.push_back(wire.get());
+  }
+  bool cover(const zorv_expr* e) const {
+    for (uint64_t i = 0; i < zorv_expr_term_count(e); ++i) {
+      const zorv_term* t = zorv_expr_term_at(e, i);
+      for (uint32_t j = 0; j < zorv_term_degree(t); ++j) {
+        const uint32_t v = zorv_term_var_at(t, j) & ~kComplementBit;
+        if (std::find(literals.begin(), literals.end(), v) == literals.end()) return false;
+      }
+    }
+    return true;
+  }
+  std::string text() const {
+    std::string all = numbers_text("uint32_t", literals) + ", (const CoeffWire*[]){";
+    for (const Wire& wire : own) all += "&(CoeffWire)" + text_of(wire.value()) + ", ";
+    return all + "0}, " + std::to_string(literals.size());
+  }
+  std::tuple<const uint32_t*, const CoeffWire* const*, uint64_t> c() const {
+    return {literals.data(), wires.data(), literals.size()};
+  }
+  std::vector<uint32_t> literals;
+  std::vector<Wire> own;
+  std::vector<const CoeffWire*> wires;
+};
+
 // How the tag of the first operand fares when something is added to it.
 enum class Rule { kJoin, kKeep, kClear };
 
@@ -182,6 +211,7 @@ void products() {
 // Whether `e` has no atoms in its polynomial, nor in any body.
 bool is_binary(const zorv_expr* e) {
   if (zorv_expr_has_int_atom(e)) return false;
+  if (zorv_expr_has_body(e) && zorv_expr_has_int_atom(zorv_exprexprelem_get_body(e))) return false;
   for (uint64_t i = 0; i < zorv_cons_item_count(e); ++i) {
     zorv_expr* body = nullptr;
     Wire out[3];
@@ -260,6 +290,12 @@ void questions() {
           n += static_cast<int>(zorv_term_degree(zorv_expr_term_at(e.handle, i))) == degree.value;
         }
         return got == n;
+      });
+  Table<In<const zorv_expr*>, Values, Out>::query(
+      FN(expr_eval_map),
+      [](bool, auto& e, auto&, auto& out) { return out.value() == *e.model.e[0].p[kBits]; },
+      [](Call& call, auto& e, auto& values, auto&) {
+        call.legal = !e.model.e[0].declared() && values.cover(e.handle);
       });
   QUERY(expr_pos_sum, [](bool, auto& e, auto& out) {
     return out.value() >= *e.model.e[0].p[kBits] && out.value() >= *e.model.e[0].p[kMoreBits];

@@ -120,6 +120,7 @@ void look_at_model(const Elem& should) {
   // A free-form penalty is part of the polynomial.
   check(should.rest || terms == zorv_expr_term_count(s), "terms of a model");
   check(should.rest || got(zorv_model_constant, m) == got(zorv_expr_constant, s), "constant");
+  check(zorv_model_native_cons_count(m) == (should.declared() ? should.items.size() : 0), "rows");
   for (uint64_t i = 0; i < zorv_model_int_var_count(m); ++i) {
     Wire lo, hi, low, high;
     zorv_model_int_var_bounds(m, i, lo.get(), hi.get());
@@ -151,6 +152,13 @@ void look_at_solution(const Elem& should, size_t sample, bool by_flips) {
   check(got(zorv_sol_compute_energy, sol) == expected.energy, "energy of a solution");
   check(got(zorv_sol_eval_expr, sol, s) == expected.energy, "value on a solution");
   check(zorv_sol_energy_valid(sol) == 1, "valid energy");
+  const uint64_t items = should.declared() ? should.items.size() : 0;
+  for (uint64_t i = 0; i < items; ++i) {
+    Wire value, lo, hi, violation, weight;
+    zorv_cons_item_eval(s, i, sol, value.get(), lo.get(), hi.get(), violation.get(), weight.get());
+    check(violation.value() == should.items[i].entry->violation(value.value()), "violation");
+    check(value.value() == *should.items[i].entry->body[sample], "value of a body");
+  }
   if (should.constrained()) {
     if (should.declared()) {
       check(zorv_cons_violation_count(s, sol) == expected.violations, "violations");
