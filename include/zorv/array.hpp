@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <limits>
 #include <numeric>
 #include <ostream>
 #include <stdexcept>
@@ -156,9 +157,12 @@ struct Nested<T, 0> {
   using Type = T;
 };
 
+/// The extent of an axis on which no row has been seen yet.
+inline constexpr uint64_t kUnknownExtent = std::numeric_limits<uint64_t>::max();
+
 template <typename T, size_t N, typename List>
 void flatten(const List& list, Shape<N>& shape, size_t axis, std::vector<T>& out) {
-  if (shape[axis] != 0 && shape[axis] != std::size(list)) {
+  if (shape[axis] != kUnknownExtent && shape[axis] != std::size(list)) {
     throw std::invalid_argument("zorv: the rows of an array have different lengths");
   }
   shape[axis] = std::size(list);
@@ -171,11 +175,23 @@ void flatten(const List& list, Shape<N>& shape, size_t axis, std::vector<T>& out
   }
 }
 
+/// An axis of a function that takes one: a negative axis counts from the end.
+template <size_t N>
+int checked_axis(int axis) {
+  constexpr int rank = static_cast<int>(N);
+  if (axis < -rank || axis >= rank) {
+    throw std::out_of_range("zorv: an array with " + std::to_string(rank) + " axes has no axis " +
+                            std::to_string(axis));
+  }
+  return axis < 0 ? axis + rank : axis;
+}
+
 }  // namespace detail
 
 /// Some axes of an array with their indices chosen: `x[i]` of a matrix, `x[all][2]` of a cube
 /// before its last index. It refers to the array, which must live on, and is copied out of it when
-/// it is used as an array.
+/// it is used as an array; that throws std::out_of_range if an index or a range is not in the
+/// array.
 template <typename A, size_t kGiven, size_t kKept>
 class Slice {
  public:
@@ -198,7 +214,12 @@ class Slice {
 
   Array<Value, kRank> array() const {
     Shape<A::kRank> hi = array_.shape();  // axes that no index was chosen for stay whole
-    std::copy_n(hi_.begin(), kGiven, hi.begin());
+    for (size_t axis = 0; axis < kGiven; ++axis) {
+      if (lo_[axis] > hi_[axis] || hi_[axis] > hi[axis]) {
+        throw std::out_of_range("zorv: a slice reaches beyond its array");
+      }
+      hi[axis] = hi_[axis];
+    }
     return Array<Value, kRank>(
         detail::view(array_.handle(), lo_.data(), hi.data(), drop_.data(), A::kRank));
   }
@@ -207,7 +228,6 @@ class Slice {
  private:
   template <size_t kNowKept>
   auto next(uint64_t lo, uint64_t hi, bool drop) const {
-    assert(lo <= hi && hi <= array_.shape()[kGiven]);
     Slice<A, kGiven + 1, kNowKept> slice(array_, lo_, hi_, drop_);
     slice.choose(lo, hi, drop);
     if constexpr (kGiven + 1 < A::kRank) {
@@ -226,6 +246,7 @@ class Slice {
   uint64_t flat_index() const {
     uint64_t index = 0;
     for (size_t axis = 0; axis < A::kRank; ++axis) {
+      assert(lo_[axis] < array_.shape()[axis]);
       index = index * array_.shape()[axis] + lo_[axis];
     }
     return index;
@@ -246,7 +267,8 @@ class Slice {
 ///
 /// T is Var, IntVar, Integer, Term, Expr, VarInt or ExprExpr. `x[i][j]` is an element: a value, or
 /// for an Expr of an array that is not const a reference that can be changed. `x[i]` is a row of a
-/// matrix and `x[all][j]` a column, `x[range(1, 3)]` some rows. Indices are not checked.
+/// matrix and `x[all][j]` a column, `x[range(1, 3)]` some rows. The indices of elements are not
+/// checked, those of slices are.
 template <typename T, size_t N>
 class Array {
   static_assert(N >= 1, "an array has at least one axis");
@@ -283,12 +305,15 @@ class Array {
   static Array of_shape(const Shape<N>& shape) requires(!detail::Literal<T>) {
     return Array(detail::make_zeros(static_cast<Handle*>(nullptr), shape.data(), N));
   }
-  /// Nested containers, of lengths that fit together: a vector of vectors for a matrix.
+  /// Nested containers, a vector of vectors for a matrix. Throws std::invalid_argument if the
+  /// lengths of rows differ.
   template <typename Container>
   static Array from(const Container& elements) {
-    Shape<N> shape{};
+    Shape<N> shape;
+    shape.fill(detail::kUnknownExtent);
     std::vector<T> values;
     detail::flatten<T, N>(elements, shape, 0, values);
+    std::replace(shape.begin(), shape.end(), detail::kUnknownExtent, uint64_t{0});
     Array array(detail::make_zeros(static_cast<Handle*>(nullptr), shape.data(), N));
     for (uint64_t i = 0; i < values.size(); ++i) {
       detail::Element<T>::set(array.handle_, i, values[i]);
@@ -440,9 +465,16 @@ Array<VarInt, N> var_int_array(const std::string& name, const detail::Extent (&e
   return var_int_array(name, detail::shape_of(extents), lo, hi);
 }
 
-/// `a` and behind it, along `axis`, `b`. The other axes have to agree, which is not checked.
+/// `a` and behind it, along `axis`, `b`. A negative axis counts from the end. Throws
+/// std::out_of_range if there is no such axis, std::invalid_argument if another one differs.
 template <typename T, size_t N>
 Array<T, N> concat(const Array<T, N>& a, const Array<T, N>& b, int axis) {
+  axis = detail::checked_axis<N>(axis);
+  for (size_t other = 0; other < N; ++other) {
+    if (other != static_cast<size_t>(axis) && a.shape()[other] != b.shape()[other]) {
+      throw std::invalid_argument("zorv: arrays to concatenate differ along another axis");
+    }
+  }
   return Array<T, N>(detail::concat(a.handle(), b.handle(), axis));
 }
 

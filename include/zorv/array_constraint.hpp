@@ -5,6 +5,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -46,7 +47,11 @@ concept Bound = is_bound<T>();
 template <size_t N, Bound B>
 Array<Integer, N> bounds(const Shape<N>& shape, const B& bound) {
   if constexpr (ArrayLike<B>) {
-    return to_array(bound);
+    Array<Integer, N> ends = to_array(bound);
+    if (ends.shape() != shape) {
+      throw std::invalid_argument("zorv: bounds of another shape than the array");
+    }
+    return ends;
   } else {
     auto all = Array<Integer, N>::of_shape(shape);
     all += bound;
@@ -57,7 +62,8 @@ Array<Integer, N> bounds(const Shape<N>& shape, const B& bound) {
 }  // namespace detail
 
 /// What `sum(x, 1) == 1` and its like give: the range of each element of an array, with one end for
-/// all or an array of ends. `cons` declares all of them; `classic` makes penalties.
+/// all or an array of ends, which throws std::invalid_argument if its shape is another. `cons`
+/// declares all of them; `classic` makes penalties.
 template <typename T, size_t N, bool kHasLow, bool kHasHigh>
 class ArrayComparison {
  public:

@@ -32,12 +32,13 @@ template <typename A>
 requires detail::ArrayLike<A> Expr sum(const A& a) {
   return Expr(detail::sum(detail::to_array(a).handle()));
 }
-/// The sums along one axis, which the result does not have any more.
+/// The sums along one axis, which the result does not have any more. A negative axis counts from
+/// the end; throws std::out_of_range if there is no such axis.
 template <typename A>
 requires(detail::ArrayLike<A>&& detail::kRankOf<A> >= 2) Array < Expr, detail::kRankOf<A>
 - 1 > sum(const A& a, int axis) {
   return detail::adopt_array<detail::kRankOf<A> - 1>(
-      detail::sum(detail::to_array(a).handle(), axis));
+      detail::sum(detail::to_array(a).handle(), detail::checked_axis<detail::kRankOf<A>>(axis)));
 }
 
 namespace detail {
@@ -78,10 +79,11 @@ requires(sizeof...(Arrays) >= 1 &&
 }
 
 /// One-hot slices along an axis as positions: that of the only 1, and -1 for any other slice. A
-/// negative axis counts from the end.
+/// negative axis counts from the end; throws std::out_of_range if there is no such axis.
 template <size_t N>
 requires(N >= 2) Array<Integer, N - 1> onehot_to_int(const Array<Integer, N>& a, int axis = -1) {
-  return Array<Integer, N - 1>(zorv_array_int_onehot_to_int(a.handle(), axis));
+  return Array<Integer, N - 1>(
+      zorv_array_int_onehot_to_int(a.handle(), detail::checked_axis<N>(axis)));
 }
 
 }  // namespace zorv

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -92,6 +93,25 @@ inline Result take_result(zorv_result* handle, const Model& model) {
   return result;
 }
 
+/// Whether a solution of one model is a state of the other.
+inline bool have_same_vars(const zorv_model* a, const zorv_model* b) {
+  const uint64_t vars = zorv_model_var_count(a), int_vars = zorv_model_int_var_count(a);
+  if (zorv_model_var_count(b) != vars || zorv_model_int_var_count(b) != int_vars) return false;
+  for (uint64_t i = 0; i < vars; ++i) {
+    if (zorv_model_var(a, i) != zorv_model_var(b, i)) return false;
+  }
+  for (uint64_t i = 0; i < int_vars; ++i) {
+    if (zorv_model_int_var_orig(a, i) != zorv_model_int_var_orig(b, i)) return false;
+  }
+  return true;
+}
+
+inline void check_hint(const Model& model, const Sol& hint) {
+  if (!have_same_vars(model.handle(), zorv_sol_model(hint.handle()))) {
+    throw std::invalid_argument("zorv: the hint is of a model with other variables");
+  }
+}
+
 /// A search from a state, by the function for binary models or the one for integer models.
 template <typename Solver>
 zorv_result* search_from(Solver* solver, const ParamPair* params, const Model& model,
@@ -100,6 +120,7 @@ zorv_result* search_from(Solver* solver, const ParamPair* params, const Model& m
                          zorv_result* (*search_int)(Solver*, const ParamPair*, const uint64_t*,
                                                     const coeff_t*, uint64_t)) {
   if (hint == nullptr) return search(solver, params, nullptr);
+  check_hint(model, *hint);
   if (model.int_var_count() == 0) return search(solver, params, zorv_sol_bits(hint->handle()));
   // Without binary variables there may be no words, and null would mean that there is no hint.
   static constexpr uint64_t kNoBits = 0;
@@ -117,8 +138,8 @@ class EasySolver {
   explicit EasySolver(const Model& model)
       : model_(model), handle_(zorv_easy_solver_wrapper_create(model.handle())) {}
 
-  /// Searches for a state of low energy. A hint is where the search starts from: a solution of the
-  /// same model.
+  /// Searches for a state of low energy. A hint is where the search starts from: a solution of this
+  /// model, or of one with the same variables; any other throws std::invalid_argument.
   Result search(const Params& params = {}) { return search(params, nullptr); }
   Result search(const Params& params, const Sol& hint) { return search(params, &hint); }
 
@@ -182,7 +203,7 @@ class KLB5Solver {
   explicit KLB5Solver(const Model& model, int32_t mode = 0)
       : model_(model), handle_(zorv_klb5_wrapper_create(model.handle(), mode)) {}
 
-  /// One search at a time. A hint is where the search starts from.
+  /// One search at a time. A hint is where the search starts from, as for EasySolver.
   Result search(const Params& params = {}) { return search(params, nullptr); }
   Result search(const Params& params, const Sol& hint) { return search(params, &hint); }
 
@@ -197,8 +218,12 @@ class KLB5Solver {
   }
   /// Ends the search in progress, from any thread.
   void terminate() { zorv_klb5_wrapper_terminate(handle()); }
-  /// Offers a state to the search in progress, or to the next one, from any thread.
-  void hint(const Sol& sol) { zorv_klb5_wrapper_hint(handle(), sol.handle()); }
+  /// Offers a state to the search in progress, or to the next one, from any thread: a hint as
+  /// above.
+  void hint(const Sol& sol) {
+    detail::check_hint(model_, sol);
+    zorv_klb5_wrapper_hint(handle(), sol.handle());
+  }
 
   zorv_klb5_wrapper* handle() const { return handle_.get(); }
 

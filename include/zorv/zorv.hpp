@@ -4,8 +4,9 @@
 ///
 /// Everything is a value that owns what it refers to, and may be copied and moved; variables are
 /// small numbers. Misuse that the compiler can see does not compile. Misuse that the library sees
-/// writes one line to the standard error stream and aborts; reading and converting integers, and
-/// stating a linear program that is none, throw.
+/// writes one line to the standard error stream and aborts. What throws says so: reading and
+/// converting integers, rows and axes that do not fit an array, hints of a model with other
+/// variables, and a linear program that is none.
 ///
 /// Headers by family: integer.hpp, term.hpp (variables), expr.hpp, constraint.hpp, array.hpp,
 /// array_operators.hpp, array_sums.hpp, array_constraint.hpp, model.hpp, ilp.hpp, solver.hpp.

@@ -15,10 +15,42 @@ TEST(Array, IsMadeOfBracesContainersAndZeros) {
   EXPECT_EQ(str(Array<Integer, 2>::from(std::vector<std::vector<long>>{{1}, {2}})), "{{1},{2}}");
   EXPECT_EQ(str(Array<Expr, 1>{var("x") + 1, 3}), "{1 +x,3}");
   EXPECT_EQ(str(Array<Term, 2>::zeros({1, 2})), "{{0,0}}");
-  EXPECT_THROW((Array<Integer, 2>{{1, 2}, {3}}), std::invalid_argument);
+  EXPECT_EQ((Array<Integer, 2>{{}, {}}.shape()), (Shape<2>{2, 0}));
   EXPECT_EQ(str(var_array("x", {2, 1})), "{{x[0][0]},{x[1][0]}}");
   EXPECT_EQ(var_int_array("k", {2}, 0, 5)[1].max(), 5);
   EXPECT_EQ(str(int_var_array("n", a.shape(), 0, 5)[1][2]), "n[1][2]");
+}
+
+TEST(Array, RowsOfDifferentLengthsThrow) {
+  using Rows = std::vector<std::vector<int>>;
+  for (const Rows& rows : {Rows{{1, 2}, {3}}, Rows{{}, {1, 2}}, Rows{{1, 2}, {}}}) {
+    EXPECT_THROW((Array<Integer, 2>::from(rows)), std::invalid_argument);
+  }
+  for (const std::vector<Rows>& blocks :
+       {std::vector<Rows>{{}, {{1}}}, {{{}}, {{1}}}, {{{1}}, {}}, {{{}, {1}}}}) {
+    EXPECT_THROW((Array<Integer, 3>::from(blocks)), std::invalid_argument);
+  }
+  EXPECT_THROW((Array<Integer, 2>{{}, {1, 2}}), std::invalid_argument);
+}
+
+TEST(Array, AxesCountFromBothEndsAndOthersThrow) {
+  const Array<Integer, 2> a = {{0, 1, 0}, {1, 0, 0}};
+  for (const int axis : {0, 1}) {
+    EXPECT_EQ(str(sum(a, axis - 2)), str(sum(a, axis)));
+    EXPECT_EQ(str(concat(a, a, axis - 2)), str(concat(a, a, axis)));
+    EXPECT_EQ(str(onehot_to_int(a, axis - 2)), str(onehot_to_int(a, axis)));
+  }
+  for (const int axis : {-3, 2, std::numeric_limits<int>::min()}) {
+    EXPECT_THROW(sum(a, axis), std::out_of_range);
+    EXPECT_THROW(concat(a, a, axis), std::out_of_range);
+    EXPECT_THROW(onehot_to_int(a, axis), std::out_of_range);
+  }
+  EXPECT_THROW(concat(a, Array<Integer, 2>{{1, 2}}, 0), std::invalid_argument);
+  EXPECT_THROW(a[2].array(), std::out_of_range);
+  EXPECT_THROW(a[all][3], std::out_of_range);
+  EXPECT_THROW(a[range(1, 3)].array(), std::out_of_range);
+  EXPECT_THROW(a[0][range(2, 1)], std::out_of_range);
+  EXPECT_THROW(cons(sum(a, 1) == (Array<Integer, 1>{1})), std::invalid_argument);
 }
 
 TEST(Array, IndicesSlicesAndRangesPickElements) {
@@ -84,7 +116,8 @@ void expect_elementwise(const A& a, const B& b) {
       return str(simplify(value));
     }
   };
-  const auto plus = a + b, minus = a - b;
+  const auto plus = a + b;
+  const auto minus = a - b;
   const auto times = a * b;
   for (uint64_t i = 0; i < plus.size(); ++i) {
     const Expr p = element(a, i), q = element(b, i);

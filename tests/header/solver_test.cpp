@@ -104,6 +104,26 @@ TEST(EasySolver, FindsTheOptimumAndTellsAboutTheSearch) {
               "no_such_parameter");
 }
 
+TEST(Solvers, RefuseAHintOfOtherVariables) {
+  const auto x = var_array("x", {70});
+  const auto n = int_var_array("n", {3}, 0, 9);
+  const Model bits(sum(x) * sum(x)), both(sum(x) + sum(n)), again(sum(x) - sum(n));
+  EasySolver easy(bits), easy_int(both);
+  KLB5Solver klb5(both);
+  const Sol wrong[] = {Sol(Model(x[0] + x[1])), Sol(Model(sum(var_array("y", {70})))),
+                       Sol(Model(sum(x) + n[0])), Sol(Model(sum(x) + sum(n) + int_var(0, 1)))};
+  for (const Sol& hint : wrong) {
+    EXPECT_THROW(easy.search({}, hint), std::invalid_argument);
+    EXPECT_THROW(easy_int.search({}, hint), std::invalid_argument);
+    EXPECT_THROW(klb5.search({}, hint), std::invalid_argument);
+    EXPECT_THROW(klb5.hint(hint), std::invalid_argument);
+  }
+  const Params params = {{"time_limit", 0}, {"threads", 1}};
+  EXPECT_EQ(easy_int.search(params, Sol(again)).sol.energy(), 0);
+  klb5.hint(Sol(again));
+  EXPECT_EQ(klb5.search(params, Sol(both)).sol.energy(), 0);
+}
+
 TEST(KLB5Solver, CallsBackAndStopsOnRequest) {
   const Problem p;
   const Model model(p.objective);
