@@ -1,14 +1,12 @@
 // The number type that crosses the boundary: an exact, unbounded, signed integer.
 #pragma once
 
-#include <boost/multiprecision/cpp_int.hpp>
-
+#include "zorv/engine/exact_number.h"
 #include "zorv/solver_abi.h"
 
 namespace zorv::plugin {
 
-using Coeff = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<>,
-                                            boost::multiprecision::et_off>;
+using Coeff = ExactNumber;
 
 // One coefficient of a caller, or an array of them.
 inline const Coeff* as_coeffs(const ::coeff_t* coeffs) {

@@ -1,17 +1,15 @@
 // The coefficient type: an exact, unbounded, signed integer.
 #pragma once
 
-#include <boost/multiprecision/cpp_int.hpp>
 #include <cstdint>
 #include <cstring>
 #include <new>
 
+#include "zorv/engine/exact_number.h"
+
 namespace zorv {
 
-// Expression templates are off: an operator returns a value, so that `auto` and `a * b + c` mean
-// what they say. Two 64-bit limbs are held inline; only larger magnitudes own a heap block.
-using coeff_t = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<>,
-                                              boost::multiprecision::et_off>;
+using coeff_t = ExactNumber;
 using energy_t = coeff_t;
 
 // Terms are laid out, copied and handed to solver libraries on the strength of these two numbers.

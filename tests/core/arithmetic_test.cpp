@@ -19,6 +19,19 @@ std::string slots(const ExprImpl& e) {
   }
   return line;
 }
+// What Boost gets wrong does not compile for coefficients, in templates neither.
+template <typename T, typename Use>
+constexpr bool compiles(Use) {
+  return std::invocable<Use, T&>;
+}
+#define COMPILES(T, use) compiles<T>([](auto& c) -> decltype(use) { return use; })
+#define REFUSED(use) static_assert(COMPILES(int64_t, use) && !COMPILES(coeff_t, use))
+REFUSED(++c);
+REFUSED(c++);
+REFUSED(c >> 1);
+REFUSED((c + c) >> size_t{1});
+REFUSED(c >>= 1);
+static_assert(COMPILES(coeff_t, c += 1) && COMPILES(coeff_t, c <<= 1));
 
 TEST(Arithmetic, LaysProductsOutInAFixedOrder) {
   const uint32_t a = fresh("x"), b = fresh("y"), c = fresh("z");
