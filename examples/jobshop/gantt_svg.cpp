@@ -126,8 +126,9 @@ class Drawing {
 
   void draw_legend(std::size_t per_row) {
     for (std::size_t job = 0; job < instance_.jobs.size(); ++job) {
+      const std::size_t row = job / per_row;
       const double x = kLeft + kLegendColumn * static_cast<double>(job % per_row);
-      const double y = bottom_ + 38 + kLegendRow * static_cast<double>(job / per_row);
+      const double y = bottom_ + 38 + kLegendRow * static_cast<double>(row);
       bar(x, y, 14, 14, job);
       out_ << "/>\n";
       text(x + 20, y + 12, "start", "job " + std::to_string(job));

@@ -220,7 +220,7 @@ class ExprRef : public detail::StandsForExpr {
   /// Assigns to the element of the array.
   template <detail::Operand T>
   ExprRef& operator=(const T& value);
-  ExprRef& operator=(const ExprRef& other) { return *this = other.expr_; }
+  ExprRef& operator=(const ExprRef& other) { return this == &other ? *this : *this = other.expr_; }
 
   template <detail::Operand T>
   ExprRef& operator+=(const T& value) {
@@ -349,8 +349,8 @@ Expr& Expr::operator*=(const T& value) & {
 
 template <detail::Operand T>
 ExprRef& ExprRef::operator=(const T& value) {
-  const Expr copy(value);
-  zorv_array_expr_set(array_, i_, copy.handle());
+  const Expr& whole = value;
+  zorv_array_expr_set(array_, i_, whole.handle());
   return *this;
 }
 
@@ -590,6 +590,7 @@ inline Integer eval(const Expr& e, std::span<const Assignment> assignments) {
     wires.push_back(a.value.wire());
   }
   std::vector<const CoeffWire*> values;
+  values.reserve(wires.size());
   for (const CoeffWire& wire : wires) values.push_back(&wire);
   return detail::read_integer([&](CoeffWire* out) {
     zorv_expr_eval_map(e.handle(), literals.data(), values.data(), values.size(), out);

@@ -50,9 +50,9 @@ ExprImpl copy_with_room_for(const X& x, const ExprImpl& e) {
 }
 
 template <typename T>
-inline constexpr bool is_expr = std::is_same_v<T, ExprImpl>;
+inline constexpr bool kIsExpr = std::is_same_v<T, ExprImpl>;
 template <typename T>
-inline constexpr bool is_int = std::is_same_v<T, coeff_t>;
+inline constexpr bool kIsInt = std::is_same_v<T, coeff_t>;
 
 // The binary operations. `sign` stands in messages. Between integers the result is an integer, a
 // product without expressions is a term, anything else an expression.
@@ -61,11 +61,11 @@ struct Add {
 
   template <typename A, typename B>
   auto operator()(const A& a, const B& b) const {
-    if constexpr (is_int<A> && is_int<B>) {
+    if constexpr (kIsInt<A> && kIsInt<B>) {
       return coeff_t(a + b);
-    } else if constexpr (is_expr<B> && !is_expr<A>) {
+    } else if constexpr (kIsExpr<B> && !kIsExpr<A>) {
       return (*this)(b, a);
-    } else if constexpr (is_expr<A>) {
+    } else if constexpr (kIsExpr<A>) {
       ExprImpl sum = copy_with_room_for(b, a);
       accumulate(sum, b);
       return sum;
@@ -83,15 +83,15 @@ struct Sub {
 
   template <typename A, typename B>
   auto operator()(const A& a, const B& b) const {
-    if constexpr (is_int<A> && is_int<B>) {
+    if constexpr (kIsInt<A> && kIsInt<B>) {
       return coeff_t(a - b);
-    } else if constexpr (is_expr<A>) {
+    } else if constexpr (kIsExpr<A>) {
       ExprImpl difference = copy_with_room_for(b, a);
       deduct(difference, b);
       return difference;
     } else {
       ExprImpl difference;
-      if constexpr (is_expr<B>) difference.list.reserve(b.list.size());
+      if constexpr (kIsExpr<B>) difference.list.reserve(b.list.size());
       accumulate(difference, a);
       deduct(difference, b);
       return difference;

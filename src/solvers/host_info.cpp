@@ -94,7 +94,7 @@ std::string name_in_cpuinfo(std::istream&& cpuinfo) {
     const std::optional<std::string> value = text_after(line, ':');
     if (!value) continue;
     if (names_a_cpu(line)) {
-      const std::string name = value->substr(0, value->find(" @ "));
+      std::string name = value->substr(0, value->find(" @ "));
       if (!name.empty()) return name;
     } else if (line.starts_with("CPU implementer")) {
       if (const auto code = parse_code(*value)) implementer = code;
