@@ -1,6 +1,7 @@
 // The engine on one kind of fields: the threads of a search and what each of them does in turn.
 #pragma once
 
+#include <algorithm>
 #include <new>
 
 #include "common/literal.h"
@@ -29,7 +30,8 @@ class EngineOf final : public Engine {
 
   void search(SharedSearch& shared, const SearchParams& params, const uint64_t* hint) override {
     Run run(shared, *params.seed);
-    ThreadTeam team(params.threads - 1, [&](uint32_t t) { help(run, t + 1); });
+    ThreadTeam team(std::min(params.threads, kMostThreads) - 1,
+                    [&](uint32_t t) { help(run, t + 1); });
     WalkOf walk = new_walk(run, 0);
     if (hint != nullptr) {
       start_from(walk, hint);

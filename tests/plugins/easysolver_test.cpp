@@ -409,16 +409,28 @@ TEST(EasySolver, WritesIntegersInBits) {
       }
     }
   }
-  const ParamPair params[] = {{"thread_count", "1"}, {"time_limit", "0.1"}, {nullptr, nullptr}};
-  Output out(2);
-  std::vector<Coeff> ints(2);
-  EXPECT_EQ(zorv_easy_solver_search_int(solver, out.record(), params,
-                                        reinterpret_cast<coeff_t*>(ints.data())),
-            nullptr);
-  const Found found = out.found();
-  EXPECT_EQ(found.energy, least);
-  EXPECT_EQ(found.energy, energy(found.state & 1, found.state >> 1, static_cast<int64_t>(ints[0]),
-                                 static_cast<int64_t>(ints[1])));
+  for (int seed = 0; seed < 10; ++seed) {
+    const std::string text = std::to_string(seed);
+    const ParamPair params[] = {{"thread_count", "1"},
+                                {"seed", text.c_str()},
+                                {"time_limit", seed == 0 ? "0.1" : "0"},
+                                {nullptr, nullptr}};
+    Output out(2);
+    std::vector<Coeff> ints(2);
+    EXPECT_EQ(zorv_easy_solver_search_int(solver, out.record(), params,
+                                          reinterpret_cast<coeff_t*>(ints.data())),
+              nullptr);
+    const Found found = out.found();
+    const auto with_bits = [&](uint64_t bits) {
+      return energy(bits & 1, bits >> 1, static_cast<int64_t>(ints[0]),
+                    static_cast<int64_t>(ints[1]));
+    };
+    EXPECT_EQ(found.energy, with_bits(found.state));
+    EXPECT_LE(found.energy, with_bits(found.state ^ 1));
+    EXPECT_LE(found.energy, with_bits(found.state ^ 2));
+    EXPECT_LE(least, found.energy);
+    EXPECT_TRUE(seed > 0 || found.energy == least);
+  }
   zorv_easy_solver_destroy(solver);
 }
 
