@@ -1,6 +1,6 @@
 // The native integer search: proposals per second on ft06, a job shop of 6 jobs on 6 machines, in
-// both number types, and the colouring of graphs from 50 to 100,000 nodes, with and without the
-// default callback.
+// both number types; the colouring of graphs from 50 to 100,000 nodes, with and without the default
+// callback; and lists of equally good colourings.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -212,6 +212,33 @@ void Colouring(benchmark::State& state) {
   std::cout.rdbuf(output);
   state.counters["proposals"] = benchmark::Counter(proposals, benchmark::Counter::kIsRate);
 }
+
+// All optima of a model with few rules, which the walks come upon again and again.
+void Ties(benchmark::State& state) {
+  ModelImpl model = colouring(static_cast<uint32_t>(state.range(0)));
+  model.native_cons.resize(model.native_cons.size() / 2);
+  double proposals = 0, listed = 0;
+  for (auto _ : state) {
+    RoundLimit limit{1};
+    IntSearchOpts opts;
+    opts.seed = 1;
+    opts.time_limit = 1e9;
+    opts.has_best_energy_sols = true;
+    opts.external_stop = &limit.stop;
+    opts.next_hint = RoundLimit::begin_round;
+    opts.next_hint_ctx = &limit;
+    const SearchResult result = easy_int_search(model, opts);
+    listed += static_cast<double>(result.topk.size());
+    for (const InfoEntry& entry : result.info) {
+      if (entry.key == "proposals") proposals += std::stod(entry.value);
+    }
+  }
+  state.counters["listed"] = benchmark::Counter(listed, benchmark::Counter::kAvgIterations);
+  state.counters["proposals"] = benchmark::Counter(proposals, benchmark::Counter::kIsRate);
+}
+
+BENCHMARK(Ties)->ArgName("nodes")->Arg(10)->Arg(20)->Arg(40)->Iterations(1)->Unit(
+    benchmark::kMillisecond);
 
 BENCHMARK(Colouring)
     ->ArgNames({"nodes", "callback"})

@@ -37,16 +37,18 @@ Interval product(const Interval& a, const Interval& b) {
   return {low, high};
 }
 
+Interval literal_range(const ModelImpl& model, uint32_t literal) {
+  const uint32_t atom = index_of(literal);
+  return is_atom(literal) ? Interval{model.int_lo[atom], model.int_hi[atom]} : Interval{0, 1};
+}
+
 void add_term_range(const ModelImpl& model, const coeff_t& coeff, const uint32_t* literals,
                     uint64_t degree, Interval& sum) {
-  Interval range{coeff, coeff};
-  for (uint64_t k = 0; k < degree; ++k) {
-    const uint32_t atom = index_of(literals[k]);
-    range = product(range, is_atom(literals[k]) ? Interval{model.int_lo[atom], model.int_hi[atom]}
-                                                : Interval{0, 1});
-  }
-  sum.first += range.first;
-  sum.second += range.second;
+  Interval range = literal_range(model, literals[0]);
+  for (uint64_t k = 1; k < degree; ++k) range = product(range, literal_range(model, literals[k]));
+  if (is_negative(coeff)) std::swap(range.first, range.second);
+  sum.first += range.first * coeff;
+  sum.second += range.second * coeff;
 }
 
 }  // namespace
