@@ -40,7 +40,7 @@ std::string results_of_parallel_work() {
   const std::vector<uint32_t> literals = with_complements(fresh_block(300));
   const auto literal = [&] { return literals[below(random, literals.size())]; };
   ExprImpl quadratic, linear;
-  for (int i = 0; i < 150'000; ++i) {
+  for (int i = 0; i < 60'000; ++i) {
     quadratic.list.append(TermImpl(below(random, 9) + 1, VarList(literal(), literal())));
   }
   for (int i = 0; i < 150; ++i) linear.list.append(TermImpl(i + 1, VarList(literal())));
@@ -72,7 +72,7 @@ void expect_equal_results_with(int threads) {
 
 TEST(ScarceThreads, GiveTheSameResults) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");  // each case is a process of its own
-  for (const int threads : {0, 1, 3, 12}) expect_equal_results_with(threads);
+  for (const int threads : {0, 1, 6}) expect_equal_results_with(threads);
 }
 
 TEST(ScarceThreads, AreAllThatAHugeCountGets) {
