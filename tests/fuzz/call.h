@@ -457,7 +457,7 @@ struct Table {
                            [&](auto&... arg) {
                              std::string text = std::string(name) + "(";
                              if (printing) ((text += arg.text() + ", "), ...);
-                             if (printing) text.resize(text.size() - 2);
+                             if (printing && sizeof...(Args) > 0) text.resize(text.size() - 2);
                              f(call, text + ")", arg...);
                            },
                            args);

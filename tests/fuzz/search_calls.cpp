@@ -97,7 +97,8 @@ constexpr ParamPair kNone[] = {{"best_energy_sols", "5"}, {nullptr, nullptr}};
 Values values_in(const zorv_sol* sol) {
   return [sol](uint32_t literal) -> coeff_t {
     if ((literal & kAtomBit) != 0) return got(zorv_sol_get_int, sol, literal);
-    return zorv_sol_get(sol, literal);
+    // What cancelled out has no value, and may have any.
+    return zorv_sol_has(sol, literal) ? zorv_sol_get(sol, literal) : 0;
   };
 }
 

@@ -93,7 +93,7 @@ void names(const std::string& text) {
 void wires(const std::string& text) {
   if (text.empty()) return;
   std::vector<uint64_t> limbs((text.size() - 1) / sizeof(uint64_t));
-  std::memcpy(limbs.data(), text.data() + 1, limbs.size() * sizeof(uint64_t));
+  if (!limbs.empty()) std::memcpy(limbs.data(), text.data() + 1, 8 * limbs.size());
   const CoeffWire in = {static_cast<signed char>(text[0]), static_cast<uint32_t>(limbs.size()),
                         limbs.data()};
   zorv_expr* e = zorv_expr_create_int(&in);
