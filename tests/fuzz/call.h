@@ -234,7 +234,7 @@ struct Literals {
   Thing model;  // their product
 };
 
-// The literals of a term as a head pair and a block, which is copied or, for kMoved, adopted.
+// The literals of a term as a head pair and a block, which is copied or adopted.
 enum class Block { kCopied, kAdopted };
 template <Block kBlock>
 struct Head : Literals {
