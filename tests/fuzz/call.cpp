@@ -315,7 +315,7 @@ bool is_large(KindId kind, const Thing& thing) {
     if (is_large(e) || thing.e[i].items.size() > 6) return true;
   }
   return std::any_of(thing.e.begin(), thing.e.end(),
-                     [](const Elem& e) { return abs(*e.p[kFree]) >> 1200 != 0; });
+                     [](const Elem& e) { return abs(*e.p[kFree]) >= coeff_t(1) << 1200; });
 }
 
 // Fills a slot with something small.
