@@ -226,7 +226,6 @@ TEST_F(Faults, NoMoreMemory) {
     });
   }
 }
-#endif
 
 // A child has the memory of its parent but none of its threads.
 TEST_F(Faults, AfterForkOfAProcessThatUsedTheLibrary) {
@@ -244,6 +243,7 @@ TEST_F(Faults, AfterForkOfAProcessThatUsedTheLibrary) {
     }
   }
 }
+#endif
 
 TEST_F(Faults, SignalsAllTheTime) {
   expect_right([] {
