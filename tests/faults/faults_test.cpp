@@ -213,7 +213,6 @@ TEST_F(Faults, NoThreadToBeHad) {
   }
 }
 
-#ifndef ZORV_SANITIZED
 TEST_F(Faults, NoMoreMemory) {
   for (const rlim_t mebibytes : {1, 4, 16, 48, 100}) {
     SCOPED_TRACE(mebibytes);
@@ -243,7 +242,6 @@ TEST_F(Faults, AfterForkOfAProcessThatUsedTheLibrary) {
     }
   }
 }
-#endif
 
 TEST_F(Faults, SignalsAllTheTime) {
   expect_right([] {
