@@ -157,17 +157,21 @@ namespace detail {
 
 void run_region(uint32_t threads, const std::function<void()>& work) {
   if (inside_region) return work();
-  ThreadPool::instance().run(threads, [&work]() noexcept {
-    const RegionMark mark;
-    work();
+  ThreadPool::instance().run(threads, [&work] {
+    run_or_end([&work] {
+      const RegionMark mark;
+      work();
+    });
   });
 }
 
 void run_fresh(uint32_t threads, const std::function<void(uint32_t)>& work) {
   if (inside_region) return work(0);
-  const auto marked = [&work](uint32_t t) noexcept {
-    const RegionMark mark;
-    work(t);
+  const auto marked = [&work](uint32_t t) {
+    run_or_end([&work, t] {
+      const RegionMark mark;
+      work(t);
+    });
   };
   const ThreadTeam team(threads, marked);
   if (team.size() == 0) marked(0);

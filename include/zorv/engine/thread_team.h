@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -15,10 +16,29 @@ namespace zorv {
 // in 32 bits, must not use up the threads of the whole machine.
 inline constexpr uint32_t kMostThreads = 1024;
 
+// Ends the process because of the exception that is being handled, with the standard line about it.
+// Where several threads come here the first one reports, and the others wait for the end.
+[[noreturn]] inline void end_by_exception() noexcept {
+  static std::mutex first;
+  first.lock();
+  std::terminate();
+}
+
+// Calls work(), and ends the process if an exception leaves it: other threads are still at work on
+// what the exception would unwind.
+template <typename Work>
+void run_or_end(const Work& work) noexcept {
+  try {
+    work();
+  } catch (...) {
+    end_by_exception();
+  }
+}
+
 class ThreadTeam {
  public:
   // Starts up to `count` threads; thread i of them calls work(i) and keeps its own copy of `work`.
-  // An exception that leaves `work` ends the process.
+  // An exception that leaves `work` ends the process, see run_or_end.
   template <typename Work>
   ThreadTeam(uint32_t count, const Work& work);
   ThreadTeam(const ThreadTeam&) = delete;
@@ -40,7 +60,7 @@ ThreadTeam::ThreadTeam(uint32_t count, const Work& work) {
   threads_.reserve(count);
   try {
     for (uint32_t i = 0; i < count; ++i) {
-      threads_.emplace_back([work, i]() noexcept { work(i); });
+      threads_.emplace_back([work, i] { run_or_end([&] { work(i); }); });
     }
   } catch (const std::exception&) {
     // Out of threads or of memory for them: those that run are the team.
