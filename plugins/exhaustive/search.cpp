@@ -158,7 +158,7 @@ class ExhaustiveSearch {
         has_moved = true;
       }
     }
-    const State to = {std::move(energy), rank_of_state(state), elapsed_seconds()};
+    State to = {std::move(energy), rank_of_state(state), elapsed_seconds()};
     if (meets_target(solution_of(from)) && !meets_target(solution_of(to))) return from;
     return to;
   }

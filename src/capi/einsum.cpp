@@ -1,5 +1,7 @@
 #include "arrays/einsum.h"
 
+#include <algorithm>
+
 #include "capi/handles.h"
 
 namespace zorv {
@@ -11,6 +13,7 @@ constexpr int kIntOutput = 0;
 // Array handles of kinds that their tags name; all of them are pointers to the record itself.
 std::vector<EinsumInput> read_inputs(int32_t n, const uint32_t* tags, void* const* arrays) {
   std::vector<EinsumInput> inputs;
+  inputs.reserve(static_cast<size_t>(std::max(n, 0)));
   for (int32_t i = 0; i < n; ++i) inputs.push_back({tags[i], arrays[i]});
   return inputs;
 }
