@@ -1,8 +1,8 @@
 // VarRegistry: the names of all binary variables, one table per process.
 //
 // Thread rules: everything is added under `mutex`, and nothing that was added ever changes. Reads
-// take no lock: `count` is published after the name and the run of a new variable, so whoever
-// learns of a variable finds both. Only reset_variables() must be alone. Indices are dense, given
+// take no lock: `count` is published after the name and the run of a new variable, so all
+// who learn of a variable find both. Only reset_variables() must be alone. Indices are dense, given
 // out in order and never reused, except after a reset.
 #pragma once
 

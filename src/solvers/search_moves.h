@@ -115,7 +115,7 @@ class SearchState {
   // Values of all variables, binary ones first. Whoever changes them calls evaluate() before the
   // next move.
   std::vector<Number> x;
-  // Of variables, for whoever follows the state.
+  // The variables that moves changed, for the history of the walk.
   ChangeLog changes;
 
   const Number& energy() const { return energy_; }
