@@ -1,4 +1,4 @@
-// Small tools that tests of all storeys share.
+// Small tools that tests of all layers share.
 #pragma once
 
 #include <gtest/gtest.h>
