@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "solvers/look_ahead.h"
 #include "solvers/search_walk.h"
 
 namespace zorv {
@@ -38,10 +39,12 @@ void anneal(SearchWalk<Number>& walk) {
   const uint64_t steps = std::max(kStepsPerMove * walk.tables.sweep_moves, kShortestAnnealing);
   const double cooling = std::pow(kEndTemperature / temperature, 1.0 / static_cast<double>(steps));
   const RiseTest accepts;
+  LookAhead<Number> ahead(walk);
   for (uint64_t step = 0; step < steps; ++step, temperature *= cooling) {
     if (walk.core.stop_requested()) break;
     if (step % kStepsPerClockRead == 0 && walk.core.time_is_up()) break;
     ++walk.proposals;
+    ahead.advance();
     const uint32_t i = walk.draw_variable();
     Number value;
     if (!walk.propose(i, value)) continue;

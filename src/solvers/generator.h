@@ -12,20 +12,25 @@ namespace zorv {
 
 class Generator {
  public:
+  static constexpr uint32_t kBlock = 312;
+
   explicit Generator(uint64_t seed) {
     state_[0] = seed;
-    for (uint32_t k = 1; k < kWords; ++k) {
+    for (uint32_t k = 1; k < kBlock; ++k) {
       state_[k] = 6364136223846793005u * (state_[k - 1] ^ state_[k - 1] >> 62) + k;
     }
   }
 
   uint64_t operator()() {
-    if (next_ == kWords) refill();
+    if (next_ == kBlock) refill();
     return draws_[next_++];
   }
 
+  // The block that draws are taken from, and how many were, for those who look ahead.
+  const uint64_t* block() const { return draws_.data(); }
+  uint32_t taken() const { return next_; }
+
  private:
-  static constexpr uint32_t kWords = 312;
   static constexpr uint32_t kShift = 156;
 
   static uint64_t twist(uint64_t word, uint64_t following, uint64_t shifted) {
@@ -42,9 +47,9 @@ class Generator {
 
   void refill();
 
-  std::array<uint64_t, kWords> state_;
-  std::array<uint64_t, kWords> draws_;
-  uint32_t next_ = kWords;
+  std::array<uint64_t, kBlock> state_;
+  std::array<uint64_t, kBlock> draws_;
+  uint32_t next_ = kBlock;
 };
 
 }  // namespace zorv

@@ -95,7 +95,7 @@ void RoundThread<Number>::run() {
   }
   found_.emplace(core_.model, tables_);
   keeper_ = &core_.add_keeper(
-      std::make_unique<StateHistory<Number>>(core_.model, *found_, core_.wishes()));
+      std::make_unique<StateHistory<Number>>(core_.model, *found_, core_.needs_hashes()));
   while (!core_.stop_requested() && !core_.time_is_up()) {
     pass_on_hints();
     take_in_best();

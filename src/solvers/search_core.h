@@ -41,11 +41,8 @@ class IntSearchCore {
   // The single gate to the best state, the pool, the progress line, the callback and the stop
   // mark: offers the state in which the source of `keeper` stands.
   void submit(StateKeeper& keeper, const coeff_t& energy) ZORV_REQUIRES(mutex);
-  // What keepers must be able to tell.
-  StateWishes wishes() const {
-    return {opts.topk_sols != 0 || opts.has_best_energy_sols,
-            opts.enable_default_callback || opts.has_target};
-  }
+  // Whether keepers have to hash: where the pool looks for states that it has.
+  bool needs_hashes() const { return opts.topk_sols != 0 || opts.has_best_energy_sols; }
   StateKeeper& add_keeper(std::unique_ptr<StateKeeper> keeper) ZORV_EXCLUDES(mutex);
   // The best state, if there is one: binary variables as 0 and 1, then the integer variables.
   std::vector<coeff_t> read_best() const ZORV_REQUIRES(mutex) { return best_.read(); }

@@ -119,14 +119,20 @@ class SearchState {
   ChangeLog changes;
 
   const Number& energy() const { return energy_; }
-  // How far constraint `c` is from holding, and what that costs.
-  Number violation_of(uint32_t c) const;
-  Number penalty_of(uint32_t c) const;
-  // Calls f(constraint) for each one that holds variable i.
-  template <typename Function>
-  void for_each_constraint(uint32_t i, const Function& f) const;
 
-  // Takes bodies, penalties and the energy from x, from the definition.
+  // The penalties of all constraints, and how many of the required ones are violated. From the
+  // first call on every move made keeps it up to date, at a price.
+  struct Tally {
+    Number penalties{0};
+    uint64_t violated = 0;
+  };
+  const Tally& tally() {
+    if (!keeps_tally_) take_tally();
+    keeps_tally_ = true;
+    return tally_;
+  }
+
+  // Takes bodies, penalties, the tally and the energy from x, from the definition.
   void evaluate();
   // The change of the energy if variable i took `value`; changes nothing but the scratch rows.
   Number move_delta(uint32_t i, const Number& value);
@@ -136,6 +142,8 @@ class SearchState {
  private:
   Number change(const PartRow<Number>& part, const Number& from, const Number& to) const;
   Number product_change(const PartRow<Number>& part, const Number& from, const Number& to) const;
+  void take_tally();
+  void update_tally(uint32_t i, const Number& value);
 
   const ModelImpl& model_;
   const SearchTables<Number>& tables_;
@@ -144,6 +152,8 @@ class SearchState {
   // one word is loaded as one word.
   std::vector<Number> pending_bodies_, pending_penalties_;
   Number energy_{0};
+  Tally tally_;
+  bool keeps_tally_ = false;
 };
 
 template <typename Number>
@@ -170,33 +180,66 @@ void SearchState<Number>::evaluate() {
   const std::vector<coeff_t> ints = ints_of(model_, state);
   evaluate_constraints(model_, tables_, words.data(), ints.data(), constraints_);
   energy_ = number_from<Number>(full_energy(model_, words.data(), ints.data()));
+  if (keeps_tally_) take_tally();
   changes.note_all();
 }
 
 template <typename Number>
-Number SearchState<Number>::violation_of(uint32_t c) const {
-  const ConsKind& kind = tables_.constraints[c];
-  if (!kind.is_pair) return violation(tables_, c, constraints_[c].body);
-  const PairRule<Number>& pair = tables_.pair_rules[kind.rule];
-  const auto& [one, two] = tables_.pair_ends[kind.set];
-  return pair_violation(pair, Number(pair.coeff * x[one] + pair.other_coeff * x[two]));
+void SearchState<Number>::take_tally() {
+  tally_ = {};
+  for (size_t c = 0; c < constraints_.size(); ++c) {
+    const ConsKind& kind = tables_.constraints[c];
+    if (kind.is_pair) {
+      const PairRule<Number>& pair = tables_.pair_rules[kind.rule];
+      const auto& [one, two] = tables_.pair_ends[kind.set];
+      const Number body = pair.coeff * x[one] + pair.other_coeff * x[two];
+      const Number missing = pair_violation(pair, body);
+      tally_.penalties += penalty_for(pair.rule, missing);
+      tally_.violated += pair.rule.is_required && missing != 0;
+    } else {
+      const ConsState<Number>& state = constraints_[c];
+      tally_.penalties += state.penalty;
+      tally_.violated +=
+          tables_.rules[kind.rule].is_required && violation(tables_, c, state.body) != 0;
+    }
+  }
 }
 
+// Before the move that the last call of move_delta looked at: what of it has just been read.
 template <typename Number>
-Number SearchState<Number>::penalty_of(uint32_t c) const {
-  const ConsKind& kind = tables_.constraints[c];
-  if (!kind.is_pair) return constraints_[c].penalty;
-  return penalty_for(tables_.pair_rules[kind.rule].rule, violation_of(c));
-}
-
-template <typename Number>
-template <typename Function>
-void SearchState<Number>::for_each_constraint(uint32_t i, const Function& f) const {
+[[gnu::noinline]] void SearchState<Number>::update_tally(uint32_t i, const Number& value) {
   const VariableRow<Number>& row = tables_.variables[i];
-  for (uint64_t k = row.pairs_begin; k < row.pairs_end(); ++k) f(tables_.pair_constraints[k]);
-  for (uint64_t k = row.bands_begin; k < row.gaps_end(); ++k) f(tables_.simple_bodies[k].cons);
-  for (uint64_t k = tables_.others[i].begin; k < tables_.others[i].end; ++k)
-    f(tables_.other_bodies[k].cons);
+  const Number from = x[i];
+  Number rise(0);
+  uint64_t more = 0;  // violated ones, as a difference
+  const auto count = [&](const ConsRule<Number>& rule, bool was, bool is) {
+    more += static_cast<uint64_t>(rule.is_required & is);
+    more -= static_cast<uint64_t>(rule.is_required & was);
+  };
+  for (uint64_t k = row.pairs_begin, end = row.pairs_end(); k < end; ++k) {
+    const PairRule<Number>& pair = tables_.pair_rules[tables_.pairs[k].rule];
+    const Number rest = pair.other_coeff * x[tables_.pairs[k].other];
+    const Number was = pair_violation(pair, Number(rest + pair.coeff * from));
+    const Number is = pair_violation(pair, Number(rest + pair.coeff * value));
+    rise += penalty_for(pair.rule, is);
+    rise -= penalty_for(pair.rule, was);
+    count(pair.rule, was != 0, is != 0);
+  }
+  uint64_t p = 0;
+  const auto count_body = [&](uint32_t c) {
+    const ConsState<Number>& state = constraints_[c];
+    rise += pending_penalties_[p] - state.penalty;
+    count(tables_.rules[tables_.constraints[c].rule], violation(tables_, c, state.body) != 0,
+          violation(tables_, c, pending_bodies_[p]) != 0);
+    ++p;
+  };
+  for (uint64_t k = row.bands_begin, end = row.gaps_end(); k < end; ++k) {
+    count_body(tables_.simple_bodies[k].cons);
+  }
+  const OtherRow& others = tables_.others[i];
+  for (uint64_t k = others.begin; k < others.end; ++k) count_body(tables_.other_bodies[k].cons);
+  tally_.penalties += rise;
+  tally_.violated += more;
 }
 
 template <typename Number>
@@ -277,6 +320,7 @@ inline Number SearchState<Number>::move_delta(uint32_t i, const Number& value) {
 template <typename Number>
 inline void SearchState<Number>::apply_move(uint32_t i, const Number& value, const Number& delta) {
   const VariableRow<Number>& row = tables_.variables[i];
+  if (keeps_tally_) update_tally(i, value);
   uint64_t p = 0;
   const auto settle = [&](ConsState<Number>& state) {
     state.body = pending_bodies_[p];

@@ -122,6 +122,7 @@ struct ConsRule {
   Number lo, hi;
   // The weight stands in one of the two: penalty = violation * (once + squared * violation).
   Number once, squared;
+  bool is_required;  // asks for something: no abs or relu term
 };
 
 // A band or a gap whose body is coeff * x + other_coeff * y, the constant being part of the rule.
@@ -168,7 +169,6 @@ struct SearchTables {
   std::vector<OtherRow> others;            // one for each variable
   std::vector<PartRow<Number>> objective;  // one for each variable
   std::vector<PairEntry> pairs;
-  std::vector<uint32_t> pair_constraints;              // of each entry of `pairs`
   std::vector<SimpleBodyEntry<Number>> simple_bodies;  // linear bodies of bands and gaps
   std::vector<OtherBodyEntry<Number>> other_bodies;
   std::vector<QuadraticEntry<Number>> quadratics;
@@ -207,8 +207,8 @@ struct SearchTables {
 
   std::vector<OpenPart> open_;
   std::vector<uint32_t> touched_;
-  std::map<std::array<Number, 4>, uint32_t> rule_numbers_;
-  std::map<std::array<Number, 7>, uint32_t> pair_rule_numbers_;
+  std::map<std::array<Number, 5>, uint32_t> rule_numbers_;
+  std::map<std::array<Number, 8>, uint32_t> pair_rule_numbers_;
 };
 
 template <typename Number>
@@ -284,12 +284,8 @@ void SearchTables<Number>::add_objective(const ModelImpl& model) {
 
 template <typename Number>
 void SearchTables<Number>::add_constraints(const ModelImpl& model, bool pairs_apart) {
-  struct Pair {
-    PairEntry entry;
-    uint32_t cons;
-  };
   struct Lists {
-    std::vector<Pair> pairs;
+    std::vector<PairEntry> pairs;
     std::vector<SimpleBodyEntry<Number>> bands, gaps;
     std::vector<OtherBodyEntry<Number>> others;
   };
@@ -317,8 +313,8 @@ void SearchTables<Number>::add_constraints(const ModelImpl& model, bool pairs_ap
       kind.set = static_cast<uint32_t>(pair_ends.size());
       pair_ends.emplace_back(one, two);
       const uint32_t reverse = rule_number(PairRule<Number>{rule, other_coeff, coeff, side});
-      lists[one].pairs.push_back({{two, kind.rule}, c});
-      lists[two].pairs.push_back({{one, reverse}, c});
+      lists[one].pairs.push_back({two, kind.rule});
+      lists[two].pairs.push_back({one, reverse});
     } else {
       kind.rule = rule_number(rule);
       for (const uint32_t i : touched_) {
@@ -341,11 +337,7 @@ void SearchTables<Number>::add_constraints(const ModelImpl& model, bool pairs_ap
   for (uint32_t i = 0; i < variable_count; ++i) {
     VariableRow<Number>& row = variables[i];
     row.pairs_begin = pairs.size();
-    for (const Pair& pair : lists[i].pairs) {
-      pairs.push_back(pair.entry);
-      pair_constraints.push_back(pair.cons);
-    }
-    row.pair_count = static_cast<uint32_t>(lists[i].pairs.size());
+    row.pair_count = move_behind(pairs, lists[i].pairs);
     row.bands_begin = simple_bodies.size();
     row.band_count = move_behind(simple_bodies, lists[i].bands);
     row.gap_count = move_behind(simple_bodies, lists[i].gaps);
@@ -361,6 +353,7 @@ ConsKind SearchTables<Number>::make_kind(const NativeCons& cons, const Interval&
                                          ConsRule<Number>& rule) {
   ConsKind kind{};
   (cons.shape_k == 1 ? rule.once : rule.squared) = number_from<Number>(cons.weight);
+  rule.is_required = cons.shape_kind == 0;
   const std::vector<Interval> intervals = penalty_intervals(cons, range);
   const Interval& first = intervals.front();
   const Interval& last = intervals.back();
@@ -388,8 +381,8 @@ ConsKind SearchTables<Number>::make_kind(const NativeCons& cons, const Interval&
 template <typename Number>
 uint32_t SearchTables<Number>::rule_number(const ConsRule<Number>& rule) {
   const auto next = static_cast<uint32_t>(rules.size());
-  const auto [known, is_new] =
-      rule_numbers_.try_emplace({rule.lo, rule.hi, rule.once, rule.squared}, next);
+  const auto [known, is_new] = rule_numbers_.try_emplace(
+      {rule.lo, rule.hi, rule.once, rule.squared, Number(rule.is_required)}, next);
   if (is_new) rules.push_back(rule);
   return known->second;
 }
@@ -399,7 +392,9 @@ uint32_t SearchTables<Number>::rule_number(const PairRule<Number>& pair) {
   const auto next = static_cast<uint32_t>(pair_rules.size());
   const ConsRule<Number>& rule = pair.rule;
   const auto [known, is_new] = pair_rule_numbers_.try_emplace(
-      {rule.lo, rule.hi, rule.once, rule.squared, pair.coeff, pair.other_coeff, pair.side}, next);
+      {rule.lo, rule.hi, rule.once, rule.squared, Number(rule.is_required), pair.coeff,
+       pair.other_coeff, pair.side},
+      next);
   if (is_new) pair_rules.push_back(pair);
   return known->second;
 }

@@ -19,7 +19,8 @@ class SearchWalk {
         tables(t),
         generator(worker_generator(c.opts.seed, thread)),
         state(c.model, t),
-        keeper_(c.add_keeper(std::make_unique<StateHistory<Number>>(c.model, state, c.wishes()))) {}
+        keeper_(c.add_keeper(
+            std::make_unique<StateHistory<Number>>(c.model, state, c.needs_hashes()))) {}
 
   IntSearchCore& core;
   const SearchTables<Number>& tables;

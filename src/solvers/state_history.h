@@ -19,7 +19,7 @@ namespace zorv {
 template <typename Number>
 class StateHistory final : public StateKeeper {
  public:
-  StateHistory(const ModelImpl& model, SearchState<Number>& state, StateWishes wishes);
+  StateHistory(const ModelImpl& model, SearchState<Number>& state, bool hashes);
 
   void catch_up() override;
   uint64_t hash() const override { return hash_; }
@@ -44,11 +44,10 @@ class StateHistory final : public StateKeeper {
 
   Version& version(uint64_t number) { return versions_[number - first_number_]; }
   void note_value(uint32_t variable);
-  void note_constraint(uint32_t constraint);
   std::vector<Number> whole_state(uint64_t number) const;
 
   SearchState<Number>& state_;
-  const StateWishes wishes_;
+  const bool hashes_;
   std::vector<Number> candidate_;
   uint64_t hash_ = 0;
 
@@ -57,17 +56,7 @@ class StateHistory final : public StateKeeper {
   // For each variable the version that last stored a value of it.
   std::vector<uint64_t> stored_by_;
   uint64_t changes_since_whole_ = 0;
-
-  // Of the state that was tallied last; for each constraint what it adds to the sums.
-  struct Share {
-    Number penalty{0};
-    bool is_violated = false;
-  };
-  ChangeLog untallied_;
-  std::vector<Share> shares_;
-  std::vector<bool> is_required_;
-  Number penalties_{0};
-  uint64_t required_ = 0, violated_ = 0;
+  uint64_t required_ = 0;  // of the constraints
 };
 
 // One value of one variable. The sum over all variables is the hash of a state.
@@ -86,40 +75,20 @@ inline uint64_t hash_of(uint32_t variable, const coeff_t& value) {
 }
 
 template <typename Number>
-StateHistory<Number>::StateHistory(const ModelImpl& model, SearchState<Number>& state,
-                                   StateWishes wishes)
-    : state_(state),
-      wishes_(wishes),
-      candidate_(state.x),
-      stored_by_(state.x.size()),
-      untallied_(static_cast<uint32_t>(state.x.size())) {
-  if (!wishes.tallies) return;
-  shares_.resize(model.native_cons.size());
-  for (const NativeCons& cons : model.native_cons) {
-    is_required_.push_back(cons.shape_kind == 0);
-    required_ += cons.shape_kind == 0;
-  }
+StateHistory<Number>::StateHistory(const ModelImpl& model, SearchState<Number>& state, bool hashes)
+    : state_(state), hashes_(hashes), candidate_(state.x), stored_by_(state.x.size()) {
+  for (const NativeCons& cons : model.native_cons) required_ += cons.shape_kind == 0;
 }
 
 template <typename Number>
 void StateHistory<Number>::catch_up() {
-  state_.changes.drain([&](uint32_t variable) {
-    note_value(variable);
-    untallied_.note(variable);
-  });
+  state_.changes.drain([&](uint32_t variable) { note_value(variable); });
 }
 
 template <typename Number>
 ConstraintTally StateHistory<Number>::tally() {
-  if (untallied_.is_full()) {
-    for (uint32_t c = 0; c < shares_.size(); ++c) note_constraint(c);
-    untallied_.clear();
-  } else {
-    untallied_.drain([&](uint32_t variable) {
-      state_.for_each_constraint(variable, [&](uint32_t c) { note_constraint(c); });
-    });
-  }
-  return {coeff_t(penalties_), required_, violated_};
+  const auto& [penalties, violated] = state_.tally();
+  return {coeff_t(penalties), required_, violated};
 }
 
 template <typename Number>
@@ -127,7 +96,7 @@ void StateHistory<Number>::note_value(uint32_t variable) {
   Number& value = candidate_[variable];
   const Number& now = state_.x[variable];
   if (value == now) return;
-  if (wishes_.hashes) hash_ += hash_of(variable, now) - hash_of(variable, value);
+  if (hashes_) hash_ += hash_of(variable, now) - hash_of(variable, value);
   if (!versions_.empty()) {
     const uint64_t newest = first_number_ + versions_.size() - 1;
     if (stored_by_[variable] != newest) {
@@ -137,19 +106,6 @@ void StateHistory<Number>::note_value(uint32_t variable) {
     }
   }
   value = now;
-}
-
-template <typename Number>
-void StateHistory<Number>::note_constraint(uint32_t constraint) {
-  Share& share = shares_[constraint];
-  const Number penalty = state_.penalty_of(constraint);
-  if (penalty != share.penalty) {
-    penalties_ += penalty - share.penalty;
-    share.penalty = penalty;
-  }
-  const bool is_violated = is_required_[constraint] && state_.violation_of(constraint) != 0;
-  violated_ += static_cast<uint64_t>(is_violated) - static_cast<uint64_t>(share.is_violated);
-  share.is_violated = is_violated;
 }
 
 template <typename Number>

@@ -9,12 +9,6 @@
 
 namespace zorv {
 
-// What the search asks of its keepers beside states.
-struct StateWishes {
-  bool hashes;
-  bool tallies;
-};
-
 // All calls are made under the mutex of the search. The candidate is the state in which the source
 // stood at its last catch_up(), which only the source's own submissions call: a keeper outlives its
 // source.
@@ -24,9 +18,10 @@ class StateKeeper {
 
   // Makes the state in which the source stands now the candidate.
   virtual void catch_up() = 0;
-  // Equal for equal candidates of one search.
+  // Equal for equal candidates of one search. For keepers that were made to hash.
   virtual uint64_t hash() const = 0;
-  // Of the candidate, right after catch_up().
+  // Of the candidate, right after catch_up(). After the first call the source keeps count, and is
+  // slower for it.
   virtual ConstraintTally tally() = 0;
 
   // Keeps the candidate, under the number returned, until it is released as often as it was kept.

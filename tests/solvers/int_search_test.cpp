@@ -278,6 +278,27 @@ TEST(IntSearch, RepeatsItselfOnOneThread) {
   for (const char* key : {"rounds", "proposals"}) EXPECT_EQ(info(one, key), info(two, key));
 }
 
+// So many that the annealing fetches ahead what its moves will read: every kind of list, and none.
+TEST(IntSearch, AnnealsTensOfThousandsOfVariables) {
+  ModelImpl model(ExprImpl{}, 1.0, nullptr);
+  for (uint32_t i = 0; i < 20'000; ++i) {
+    model.int_atoms.push_back(i);
+    model.int_lo.push_back(0);
+    model.int_hi.push_back(1);
+  }
+  for (uint32_t i = 0; i + 2 < 10'000; ++i) {  // to be 1
+    NativeCons& cons = model.native_cons.emplace_back();
+    cons.weight = 1;
+    for (uint32_t k = 0; k <= i % 3; ++k) cons.vars.push_back((i + k) | kAtomBit);
+    cons.coeffs.assign(cons.vars.size(), 1);
+    cons.lo = cons.hi = static_cast<int>(cons.vars.size());
+  }
+  IntSearchOpts opts = options(1);
+  opts.threads = 1;
+  opts.has_target = true;
+  EXPECT_EQ(easy_int_search(model, opts).energy, 0);
+}
+
 TEST(IntSearch, SharesTheBestBetweenThreads) {
   const ExprImpl x = bit(), a = integer(-8, 7), b = integer(0, 1 << 20);
   const ModelHandle model = Sketch(sqr_of(a - 3) + b).between(coeff_t(64) * a + b, 1000, 1001, 7);

@@ -252,7 +252,7 @@ class Source {
         tables_(core.model),
         state_(core.model, tables_),
         keeper_(core.add_keeper(
-            std::make_unique<StateHistory<coeff_t>>(core.model, state_, core.wishes()))) {}
+            std::make_unique<StateHistory<coeff_t>>(core.model, state_, core.needs_hashes()))) {}
 
   void submit(const std::vector<coeff_t>& x, const coeff_t& energy) {
     state_.x = x;
@@ -339,7 +339,7 @@ void compare_kept_states(uint64_t seed) {
   const PlainSearch plain(*model, {});
   const SearchTables<Number> tables(*model);
   SearchState<Number> state(*model, tables);
-  StateHistory<Number> history(*model, state, {true, true});
+  StateHistory<Number> history(*model, state, true);
   state.evaluate();
   std::vector<std::pair<uint64_t, std::vector<coeff_t>>> kept;
   std::map<std::vector<coeff_t>, uint64_t> hashes;
