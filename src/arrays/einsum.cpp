@@ -130,13 +130,15 @@ bool always_gives_terms(const Elements& elements) {
   for (size_t i = 0; i < elements.count(); ++i) {
     if (elements.kind(i) == ElementKind::kInt) {
       const ArrayImpl<coeff_t>& a = elements.array<coeff_t>(i);
-      if (std::any_of(a.data, a.data + a.size, is_zero)) return false;
+      if (std::any_of(a.data, a.data + a.size, [](const coeff_t& c) { return is_zero(c); })) {
+        return false;
+      }
     } else if (elements.kind(i) == ElementKind::kTerm) {
       const ArrayImpl<TermImpl>& a = elements.array<TermImpl>(i);
       bool all_have_variables = true;
       for (uint64_t at = 0; at < a.size; ++at) {
         if (is_zero(a[at].coeff)) return false;
-        all_have_variables = all_have_variables && a[at].vars.degree_capped_at_3() > 0;
+        all_have_variables = all_have_variables && a[at].vars.degree() > 0;
       }
       has_variables = has_variables || all_have_variables;
     }
@@ -156,18 +158,12 @@ class VarProduct {
     return true;
   }
   bool has_variables() const { return true; }
-  const coeff_t& coeff() const { return one_; }
+  CompactCoeff coeff() const { return 1; }
   void construct(TermImpl* raw) const {
-    construct_copy(&raw->coeff, one_);
-    if (literals_.size() == 2) {
-      new (&raw->vars) VarList(literals_[0], literals_[1]);
-    } else {
-      new (&raw->vars) VarList(literals_.data(), static_cast<uint32_t>(literals_.size()));
-    }
+    new (raw) TermImpl(1, VarList(literals_.data(), static_cast<uint32_t>(literals_.size())));
   }
 
  private:
-  const coeff_t one_ = 1;
   std::vector<const uint32_t*> runs_;
   std::vector<uint32_t> literals_;
 };
@@ -181,44 +177,32 @@ class TermProduct {
   // Returns false if the product is 0.
   bool load(const std::vector<uint64_t>& offsets) {
     literals_.clear();
-    coeff_ = nullptr;
+    coeff_ = 1;
     for (size_t i = 0; i < offsets.size(); ++i) {
       if (elements_.kind(i) == ElementKind::kVar) {
         literals_.push_back(elements_.var(i, offsets[i]));
       } else if (elements_.kind(i) == ElementKind::kInt) {
-        multiply(elements_.integer(i, offsets[i]));
+        coeff_ *= elements_.integer(i, offsets[i]);
       } else {
         const TermImpl& term = elements_.term(i, offsets[i]);
-        multiply(term.coeff);
+        coeff_ *= term.coeff;
         for (const uint32_t literal : term.vars) literals_.push_back(literal);
       }
-      if (coeff_ != nullptr && is_zero(*coeff_)) return false;
+      if (is_zero(coeff_)) return false;
     }
     return true;
   }
 
   bool has_variables() const { return !literals_.empty(); }
-  const coeff_t& coeff() const { return coeff_ == nullptr ? one_ : *coeff_; }
+  const CompactCoeff& coeff() const { return coeff_; }
   void construct(TermImpl* raw) const {
-    construct_copy(&raw->coeff, coeff());
-    new (&raw->vars) VarList(literals_.data(), static_cast<uint32_t>(literals_.size()));
+    new (raw) TermImpl(coeff_, VarList(literals_.data(), static_cast<uint32_t>(literals_.size())));
   }
 
  private:
-  void multiply(const coeff_t& factor) {
-    if (coeff_ == nullptr) {
-      coeff_ = &factor;
-    } else {
-      product_ = *coeff_ * factor;
-      coeff_ = &product_;
-    }
-  }
-
   const Elements& elements_;
-  const coeff_t one_ = 1;
+  CompactCoeff coeff_;
   std::vector<uint32_t> literals_;
-  const coeff_t* coeff_ = nullptr;  // a single factor, or the product of several; null for 1
-  coeff_t product_;
 };
 
 struct PartialSum {

@@ -6,19 +6,21 @@ namespace zorv {
 
 extern "C" {
 
-zorv_term* zorv_term_create(const CoeffWire* c) { return wrap(TermImpl(read_wire(c), VarList())); }
+zorv_term* zorv_term_create(const CoeffWire* c) {
+  return wrap(TermImpl(read_compact(c), VarList()));
+}
 
 zorv_term* zorv_term_create_var(const CoeffWire* c, uint32_t v) {
-  return wrap(TermImpl(read_wire(c), VarList(v)));
+  return wrap(TermImpl(read_compact(c), VarList(v)));
 }
 
 zorv_term* zorv_term_create_var_var(const CoeffWire* c, uint32_t a, uint32_t b) {
-  return wrap(TermImpl(read_wire(c), VarList(a, b)));
+  return wrap(TermImpl(read_compact(c), VarList(a, b)));
 }
 
 zorv_term* zorv_term_create_vararray(const CoeffWire* c, uint64_t head_pair,
                                      const uint32_t* overflow) {
-  return wrap(TermImpl(read_wire(c), VarList::copy_of(head_pair, overflow)));
+  return wrap(TermImpl(read_compact(c), VarList::copy_of(head_pair, overflow)));
 }
 
 zorv_term* zorv_term_clone(const zorv_term* t) { return wrap(TermImpl(unwrap(t))); }
@@ -33,9 +35,9 @@ uint32_t zorv_term_var_at(const zorv_term* t, uint32_t i) { return unwrap(t).var
 
 void zorv_term_mul_var(zorv_term* t, uint32_t v) { unwrap(t).vars.append(v); }
 
-void zorv_term_mul_coeff(zorv_term* t, const CoeffWire* c) { unwrap(t).coeff *= read_wire(c); }
+void zorv_term_mul_coeff(zorv_term* t, const CoeffWire* c) { unwrap(t).coeff *= read_compact(c); }
 
-void zorv_term_div_coeff(zorv_term* t, const CoeffWire* c) { idiv(unwrap(t), read_wire(c)); }
+void zorv_term_div_coeff(zorv_term* t, const CoeffWire* c) { idiv(unwrap(t), read_compact(c)); }
 
 void zorv_term_negate(zorv_term* t) { negate(unwrap(t).coeff); }
 

@@ -16,7 +16,7 @@ std::vector<coeff_t> read_wires(const CoeffWire* wires, uint64_t n) {
 }
 
 void write_bits(const std::vector<bool>& bits, CoeffWire* out) {
-  for (size_t i = 0; i < bits.size(); ++i) write_wire(bits[i] ? 1 : 0, out + i);
+  for (size_t i = 0; i < bits.size(); ++i) write_wire(CompactCoeff(bits[i]), out + i);
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ ExprImpl as_expression(const T& element) {
 
 coeff_t highest(const ExprImpl& e) {
   const ExprImpl simplified = expr_simplify_as_binary(e);
-  coeff_t bound = simplified.constant;
+  auto bound = coeff_t(simplified.constant);
   simplified.list.for_each([&](const TermImpl& t) {
     if (!is_negative(t.coeff)) bound += t.coeff;
   });
@@ -29,7 +29,7 @@ coeff_t highest(const ExprImpl& e) {
 
 coeff_t lowest(const ExprImpl& e) {
   const ExprImpl simplified = expr_simplify_as_binary(e);
-  coeff_t bound = simplified.constant;
+  auto bound = coeff_t(simplified.constant);
   simplified.list.for_each([&](const TermImpl& t) {
     if (is_negative(t.coeff)) bound += t.coeff;
   });

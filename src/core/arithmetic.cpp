@@ -16,7 +16,7 @@ void for_each_coeff(TermList& list, F f) {
   par_for(list.count, [&](uint64_t i) { f(list.terms[i].coeff); });
 }
 
-void check_divisor(const coeff_t& divisor) {
+void check_divisor(const CompactCoeff& divisor) {
   if (is_zero(divisor)) fatal("Division by zero");
 }
 
@@ -30,9 +30,19 @@ bool divide_exactly(coeff_t& dividend, const coeff_t& divisor) {
   return true;
 }
 
-TermImpl mul(const TermImpl& a, const TermImpl& b) {
-  return TermImpl(a.coeff * b.coeff, VarList::concat(a.vars, b.vars));
+bool divide_exactly(CompactCoeff& dividend, const CompactCoeff& divisor) {
+  if (dividend.is_small() && divisor.is_small()) {
+    if (dividend.small() % divisor.small() != 0) return false;
+    dividend = dividend.small() / divisor.small();
+    return true;
+  }
+  auto quotient = coeff_t(dividend);
+  if (!divide_exactly(quotient, coeff_t(divisor))) return false;
+  dividend = std::move(quotient);
+  return true;
 }
+
+TermImpl mul(const TermImpl& a, const TermImpl& b) { return product(a, b); }
 
 void imul(TermImpl& a, const TermImpl& b) {
   a.coeff *= b.coeff;
@@ -45,26 +55,26 @@ TermImpl negated(const TermImpl& t) {
   return copy;
 }
 
-void idiv(TermImpl& t, const coeff_t& divisor) {
+void idiv(TermImpl& t, const CompactCoeff& divisor) {
   check_divisor(divisor);
   if (!divide_exactly(t.coeff, divisor)) fatal("Indivisible division in Term");
 }
 
-void imul_int(ExprImpl& e, const coeff_t& factor) {
+void imul_int(ExprImpl& e, const CompactCoeff& factor) {
   e.constant *= factor;
-  for_each_coeff(e.list, [&](coeff_t& c) { c *= factor; });
+  for_each_coeff(e.list, [&](CompactCoeff& c) { c *= factor; });
 }
 
 void negate(ExprImpl& e) {
   negate(e.constant);
-  for_each_coeff(e.list, [](coeff_t& c) { negate(c); });
+  for_each_coeff(e.list, [](CompactCoeff& c) { negate(c); });
 }
 
-void idiv_int(ExprImpl& e, const coeff_t& divisor) {
+void idiv_int(ExprImpl& e, const CompactCoeff& divisor) {
   check_divisor(divisor);
   if (!divide_exactly(e.constant, divisor)) fatal("Indivisible division in Expr constant");
   std::atomic<bool> indivisible{false};
-  for_each_coeff(e.list, [&](coeff_t& c) {
+  for_each_coeff(e.list, [&](CompactCoeff& c) {
     if (!divide_exactly(c, divisor)) indivisible.store(true, std::memory_order_relaxed);
   });
   if (indivisible) fatal("Indivisible division in Expr term");

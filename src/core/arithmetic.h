@@ -16,8 +16,9 @@ void imul(TermImpl& a, const TermImpl& b);
 TermImpl negated(const TermImpl& t);
 // Divides if there is no remainder, and tells whether it did. The divisor is not 0.
 bool divide_exactly(coeff_t& dividend, const coeff_t& divisor);
+bool divide_exactly(CompactCoeff& dividend, const CompactCoeff& divisor);
 // Aborts on 0 and on a remainder.
-void idiv(TermImpl& t, const coeff_t& divisor);
+void idiv(TermImpl& t, const CompactCoeff& divisor);
 
 // In this order: a.constant times the terms of b, b.constant times the terms of a (each only if
 // the constant is not 0), then a_0*b_0, a_0*b_1, ... with the literals of `a` first.
@@ -29,10 +30,10 @@ ExprImpl mul_term(const ExprImpl& e, const TermImpl& t);
 ExprImpl mul_var(const ExprImpl& e, uint32_t literal);
 
 // Terms whose product is 0 stay as they are, with a coefficient of 0; only `first` is freed.
-void imul_int(ExprImpl& e, const coeff_t& factor);
+void imul_int(ExprImpl& e, const CompactCoeff& factor);
 void negate(ExprImpl& e);
 // Aborts on 0 and on a remainder; the constant is tested first.
-void idiv_int(ExprImpl& e, const coeff_t& divisor);
+void idiv_int(ExprImpl& e, const CompactCoeff& divisor);
 
 // a + b: `first` of b appended, its entries copied behind with one reservation. May alias.
 void add_poly(ExprImpl& a, const ExprImpl& b);

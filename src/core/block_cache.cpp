@@ -15,6 +15,8 @@ namespace zorv {
 
 namespace {
 
+constexpr uint64_t kHugePageBytes = uint64_t{2} << 20;
+
 // The kept blocks, oldest first. Never destroyed: lists of static lifetime may still give blocks
 // back while the process ends.
 struct KeptBlocks {
@@ -67,11 +69,14 @@ Block find_kept(uint64_t bytes) {
 }  // namespace
 
 Block acquire_block(uint64_t bytes) {
-  if (bytes >= kLargeBlockBytes) {
-    const Block kept = find_kept(bytes);
-    if (kept.data != nullptr) return kept;
-  }
-  return resize_block({}, bytes);
+  if (bytes < kLargeBlockBytes) return resize_block({}, bytes);
+  const Block kept = find_kept(bytes);
+  if (kept.data != nullptr) return kept;
+  // A page fault then clears 2 MiB instead of 4 KiB.
+  void* const fresh = std::aligned_alloc(kHugePageBytes, bytes + (-bytes & (kHugePageBytes - 1)));
+  if (fresh == nullptr) throw std::bad_alloc();
+  madvise(fresh, bytes & ~(kHugePageBytes - 1), MADV_HUGEPAGE);
+  return {fresh, bytes};
 }
 
 Block resize_block(Block block, uint64_t bytes) {

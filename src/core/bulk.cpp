@@ -19,7 +19,7 @@ void append_bulk(ExprImpl& e, uint64_t n, const CoeffWire* coeffs, const uint32_
   e.list.reserve(n);
   TermImpl* to = e.list.terms + e.list.count;
   par_for(n, [&](uint64_t i) {
-    new (to + i) TermImpl(read_wire(coeffs + i), VarList(literals + offsets[i], degrees[i]));
+    new (to + i) TermImpl(read_compact(coeffs + i), VarList(literals + offsets[i], degrees[i]));
   });
   e.list.count += n;
 }

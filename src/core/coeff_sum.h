@@ -1,7 +1,7 @@
 // CoeffSum: an exact sum of many coefficients, nearly all of which have one limb.
 #pragma once
 
-#include "core/coeff.h"
+#include "core/compact_coeff.h"
 
 namespace zorv {
 
@@ -10,7 +10,15 @@ class CoeffSum {
  public:
   CoeffSum() = default;
   explicit CoeffSum(const coeff_t& start) : long_sum_(start) {}
+  explicit CoeffSum(const CompactCoeff& start) { *this += start; }
 
+  void operator+=(const CompactCoeff& c) {
+    if (c.is_small()) {
+      short_sum_ += c.small();
+    } else {
+      long_sum_ += c.large();
+    }
+  }
   void operator+=(const coeff_t& c) {
     if (c.backend().size() == 1) {
       const auto magnitude = static_cast<wide_t>(*c.backend().limbs());

@@ -33,12 +33,16 @@ void add_term(const TermImpl& term, const Assignment& at, CoeffSum& sum) {
     const coeff_t& value = value_of(literal, at);
     if (is_zero(value)) vanishes = true;
     if (vanishes || is_one(value)) continue;
-    if (!has_product) product = term.coeff;
+    if (!has_product) product = coeff_t(term.coeff);
     product *= value;
     has_product = true;
   }
   if (vanishes) return;
-  sum += has_product ? product : term.coeff;
+  if (has_product) {
+    sum += product;
+  } else {
+    sum += term.coeff;
+  }
 }
 
 }  // namespace
@@ -62,14 +66,14 @@ coeff_t evaluate(const ExprImpl& e, const uint32_t* literals, const coeff_t* val
                                 for (uint64_t i = begin; i < end; ++i) add_term(list[i], at, sum);
                                 sums[thread] += sum.total();
                               });
-  coeff_t total = e.constant;
+  auto total = coeff_t(e.constant);
   for (const coeff_t& sum : sums) total += sum;
   return total;
 }
 
 coeff_t coefficient_gcd(const ExprImpl& e) {
-  coeff_t divisor = abs(e.constant);
-  e.list.for_each([&](const TermImpl& term) { divisor = gcd(divisor, term.coeff); });
+  coeff_t divisor = abs(coeff_t(e.constant));
+  e.list.for_each([&](const TermImpl& term) { divisor = gcd(divisor, coeff_t(term.coeff)); });
   return divisor;
 }
 

@@ -23,14 +23,11 @@ ExprImpl& ExprImpl::operator=(const ExprImpl& other) {
 ExprImpl::ExprImpl(ExprImpl&& other) noexcept
     : constant(std::move(other.constant)),
       list(std::move(other.list)),
-      attr(std::exchange(other.attr, kPlainAttr)) {
-  other.constant = 0;
-}
+      attr(std::exchange(other.attr, kPlainAttr)) {}
 
 ExprImpl& ExprImpl::operator=(ExprImpl&& other) noexcept {
   if (this == &other) return *this;
   constant = std::move(other.constant);
-  other.constant = 0;
   list = std::move(other.list);
   attr = std::exchange(other.attr, kPlainAttr);
   return *this;

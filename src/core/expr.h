@@ -5,18 +5,17 @@
 #pragma once
 
 #include "core/attr.h"
-#include "core/coeff.h"
 #include "core/term_list.h"
 
 namespace zorv {
 
 struct ExprImpl {
-  coeff_t constant;
+  CompactCoeff constant;
   TermList list;
   uint32_t attr = kPlainAttr;  // see core/attr.h
 
   ExprImpl() = default;
-  explicit ExprImpl(coeff_t c) : constant(std::move(c)) {}
+  explicit ExprImpl(CompactCoeff c) : constant(std::move(c)) {}
   explicit ExprImpl(TermImpl term) { list.append(std::move(term)); }
   // A copy keeps the tag; the constraint sum that it names is then marked as shared.
   ExprImpl(const ExprImpl& other);

@@ -21,12 +21,14 @@ inline uint64_t hash_with(uint64_t hash, const coeff_t& c) {
   return hash;
 }
 
+inline uint64_t hash_with(uint64_t hash, const CompactCoeff& c) {
+  return c.is_small() ? hash_with(hash, static_cast<uint64_t>(c.small()))
+                      : hash_with(hash, c.large());
+}
+
 inline uint64_t hash_with(uint64_t hash, const TermImpl& term) {
   hash = hash_with(hash_with(hash, term.coeff), term.vars.head_pair());
-  if (!term.vars.has_overflow()) return hash;
-  for (const uint32_t* literal = term.vars.overflow(); *literal != kNoLiteral; ++literal) {
-    hash = hash_with(hash, uint64_t{*literal});
-  }
+  for (uint32_t i = 2; i < term.vars.degree(); ++i) hash = hash_with(hash, uint64_t{term.vars[i]});
   return hash;
 }
 

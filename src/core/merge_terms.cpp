@@ -3,65 +3,33 @@
 #include <bit>
 #include <utility>
 
+#include "core/block_cache.h"
 #include "core/parallel_sort.h"
+#include "core/radix_sort.h"
 
 namespace zorv::detail {
 
 namespace {
 
-// A term as its bytes, so that the sort moves words and resets nothing behind it.
+// A term as its bytes, so that a sort moves words and resets nothing behind it.
 struct alignas(alignof(TermImpl)) TermBytes {
   uint64_t words[sizeof(TermImpl) / sizeof(uint64_t)];
   const VarList& vars() const { return reinterpret_cast<const TermImpl*>(this)->vars; }
 } __attribute__((may_alias));
 static_assert(sizeof(TermBytes) == sizeof(TermImpl));
 
-// Objects rather than functions, so that the sort can inline them.
-constexpr auto kPackedPrecedes = [](const VarList& a, const VarList& b) {
-  return a.head_pair() < b.head_pair();
-};
-constexpr auto kTermPrecedes = [](const VarList& a, const VarList& b) {
-  return term_precedes(a, b);
-};
+bool same_literals(const TermImpl& a, const TermImpl& b) { return a.vars == b.vars; }
+bool same_literals(const PackedTerm& a, const PackedTerm& b) { return a.key == b.key; }
 
-bool same_literals(const VarList& a, const VarList& b, const ClassSlots& slots) {
-  return slots.is_packed() ? a.head_pair() == b.head_pair() : a == b;
-}
-
-template <typename Precedes>
-void sort_block(TermImpl* begin, TermImpl* end, Precedes precedes) {
-  parallel_sort(
-      reinterpret_cast<TermBytes*>(begin), reinterpret_cast<TermBytes*>(end),
-      [=](const TermBytes& a, const TermBytes& b) { return precedes(a.vars(), b.vars()); });
-}
-
-// Sorts the slots of a class where they lie. Slot 0 is outside the block: it takes the smallest.
-template <typename Precedes>
-void sort_slots(TermList& list, const ClassSlots& slots, Precedes precedes) {
-  uint64_t begin = slots.begin;
-  if (begin == 0) {
-    TermImpl* smallest = list.slot(0);
-    for (uint64_t i = 1; i < slots.end; ++i) {
-      if (precedes(list.slot(i)->vars, smallest->vars)) smallest = list.slot(i);
-    }
-    if (smallest != list.slot(0)) std::swap(*smallest, *list.slot(0));
-    begin = 1;
-  }
-  if (slots.end > begin) {
-    sort_block(list.slot(begin), list.terms + (slots.end - 1), precedes);
-  }
-}
-
-// Makes the literals of a packed list. Those that need a block of their own get it here, once for
-// each term that is left and in the order of the result.
-void unpack(VarList& vars, const ClassSlots& slots) {
-  uint64_t key = vars.head_pair();
+VarList take_literals(TermImpl& term, const ClassSlots&) { return std::move(term.vars); }
+VarList take_literals(const PackedTerm& term, const ClassSlots& slots) {
   const uint64_t mask = (uint64_t{1} << slots.key_bits) - 1;
+  uint64_t key = term.key;
   uint32_t literals[kDegreeClasses];
   for (uint32_t i = slots.degree; i-- > 0; key >>= slots.key_bits) {
-    literals[i] = literal_of_key(static_cast<uint32_t>(key & mask));
+    literals[i] = literal_of_key(static_cast<uint32_t>((key & mask) << slots.key_shift));
   }
-  vars = VarList(literals, slots.degree);
+  return VarList(literals, slots.degree);
 }
 
 // Moves the terms of slots [from, from + n) down to slots [to, to + n).
@@ -77,64 +45,98 @@ void move_down(TermList& list, uint64_t to, uint64_t from, uint64_t n) {
   }
 }
 
-// Adds up equal neighbours of [begin, end), drops zeros and closes the gaps; returns the new end.
-uint64_t merge_neighbours(TermList& list, uint64_t begin, uint64_t end, const ClassSlots& slots) {
-  uint64_t to = begin;
+// Adds up equal neighbours of records[begin .. end), drops zeros and makes terms of what is left,
+// from slot `to` on; returns the slot behind the last. The slots may be those of the records, or
+// lower ones.
+template <typename Record>
+uint64_t merge_neighbours(Record* records, uint64_t begin, uint64_t end, TermList& list,
+                          uint64_t to, const ClassSlots& slots) {
   for (uint64_t i = begin; i < end;) {
-    TermImpl* leader = list.slot(i);
-    for (++i; i < end && same_literals(leader->vars, list.slot(i)->vars, slots); ++i) {
-      leader->coeff += list.slot(i)->coeff;
-      list.slot(i)->~TermImpl();
+    Record sum = std::move(records[i]);  // what it leaves owns nothing
+    for (++i; i < end && same_literals(sum, records[i]); ++i) {
+      sum.coeff += records[i].coeff;
+      records[i].~Record();
     }
-    if (is_zero(leader->coeff)) {
-      leader->~TermImpl();
-      continue;
-    }
-    if (slots.is_packed()) unpack(leader->vars, slots);
-    if (list.slot(to) != leader) relocate_terms(list.slot(to), leader, 1);
-    ++to;
+    if (is_zero(sum.coeff)) continue;
+    new (list.slot(to++)) TermImpl(std::move(sum.coeff), take_literals(sum, slots));
   }
   return to;
 }
 
-// merge_neighbours over all slots of a class, in parallel segments that no run spans.
-uint64_t merge_class(TermList& list, const ClassSlots& slots) {
+// The same for the n sorted records of a class, in parallel segments that no run spans. The terms
+// go to slots from `to` on, which is not above the first slot of the class.
+template <typename Record>
+uint64_t merge_class(Record* records, TermList& list, uint64_t to, const ClassSlots& slots) {
   const uint64_t n = slots.end - slots.begin;
-  if (n <= kSerialItems) return merge_neighbours(list, slots.begin, slots.end, slots);
+  if (n <= kSerialItems) return merge_neighbours(records, 0, n, list, to, slots);
   const uint64_t segments = par_threads(n);
-  std::vector<uint64_t> borders(segments + 1, slots.begin);
+  if (segments < 2) return merge_neighbours(records, 0, n, list, to, slots);
+  std::vector<uint64_t> borders(segments + 1, 0);
   for (uint64_t s = 1; s <= segments; ++s) {
-    uint64_t border = std::max(borders[s - 1], slots.begin + n * s / segments);
-    while (border > slots.begin && border < slots.end &&
-           same_literals(list.slot(border - 1)->vars, list.slot(border)->vars, slots)) {
+    uint64_t border = std::max(borders[s - 1], n * s / segments);
+    while (border > 0 && border < n && same_literals(records[border - 1], records[border])) {
       ++border;
     }
     borders[s] = border;
   }
   std::vector<uint64_t> ends(segments);
   par_for_impl(0, segments, [&](uint64_t s) {
-    ends[s] = merge_neighbours(list, borders[s], borders[s + 1], slots);
+    ends[s] = merge_neighbours(records, borders[s], borders[s + 1], list, slots.begin + borders[s],
+                               slots);
   });
-  uint64_t end = ends[0];
-  for (uint64_t s = 1; s < segments; ++s) {
-    const uint64_t kept = ends[s] - borders[s];
-    move_down(list, end, borders[s], kept);
-    end += kept;
+  for (uint64_t s = 0; s < segments; ++s) {
+    const uint64_t first = slots.begin + borders[s];
+    move_down(list, to, first, ends[s] - first);
+    to += ends[s] - first;
   }
+  return to;
+}
+
+// Drops the zeros of a class in order; returns like merge_neighbours.
+uint64_t drop_zeros(TermList& list, uint64_t to, const ClassSlots& slots) {
+  for (uint64_t i = slots.begin; i < slots.end; ++i) {
+    TermImpl* const term = list.slot(i);
+    if (is_zero(term->coeff)) {
+      term->~TermImpl();
+      continue;
+    }
+    if (to != i) relocate_terms(list.slot(to), term, 1);
+    ++to;
+  }
+  return to;
+}
+
+uint64_t sort_and_merge(TermList& list, uint64_t to, const ClassSlots& slots) {
+  TermImpl* const terms = list.slot(slots.begin);
+  const uint64_t n = slots.end - slots.begin;
+  if (!slots.is_packed()) {
+    parallel_sort(
+        reinterpret_cast<TermBytes*>(terms), reinterpret_cast<TermBytes*>(terms + n),
+        [](const TermBytes& a, const TermBytes& b) { return term_precedes(a.vars(), b.vars()); });
+    return merge_class(terms, list, to, slots);
+  }
+  const Block buffer = acquire_block(n * sizeof(PackedTerm));
+  PackedTerm* const sorted =
+      radix_sort(reinterpret_cast<PackedTerm*>(terms), static_cast<PackedTerm*>(buffer.data), n,
+                 slots.degree * slots.key_bits);
+  const uint64_t end = merge_class(sorted, list, to, slots);
+  release_block(buffer);
   return end;
 }
 
 }  // namespace
 
 VarList literals_of(const NormalTerm& term) {
-  std::vector<uint32_t> literals(term.degree);
+  Keys literals(term.degree);
   for (uint32_t i = 0; i < term.degree; ++i) literals[i] = literal_of_key(term.key(i));
   return VarList(literals.data(), term.degree);
 }
 
-uint64_t packed_key(const NormalTerm& term, uint32_t key_bits) {
+uint64_t packed_key(const NormalTerm& term, const ClassSlots& slots) {
   uint64_t packed = 0;
-  for (uint32_t i = 0; i < term.degree; ++i) packed = packed << key_bits | term.key(i);
+  for (uint32_t i = 0; i < term.degree; ++i) {
+    packed = packed << slots.key_bits | term.key(i) >> slots.key_shift;
+  }
   return packed;
 }
 
@@ -142,26 +144,35 @@ uint64_t place_runs(std::vector<ChunkRuns>& chunks, ClassSlots (&classes)[kDegre
   uint64_t next = 0;
   for (uint32_t c = 1; c < kDegreeClasses; ++c) {
     ClassSlots& slots = classes[c];
-    slots.begin = next;
     slots.degree = c;
-    uint32_t highest_key = 0;
+    uint64_t count = 0;
+    uint32_t used_bits = 0;
     const Runs* previous = nullptr;
     for (ChunkRuns& chunk : chunks) {
       Runs& runs = chunk.classes[c];
       if (runs.count == 0) continue;
-      runs.begin = next;
+      runs.begin = count;
       runs.joins = previous != nullptr && same_literals(previous->last, runs.first);
-      next += runs.count - (runs.joins ? 1 : 0);
+      count += runs.count - (runs.joins ? 1 : 0);
       const bool follows =
           previous == nullptr || runs.joins || precedes(previous->last, runs.first);
       slots.ascend = slots.ascend && runs.ascend && follows;
-      highest_key = std::max(highest_key, runs.highest_key);
+      used_bits |= runs.used_bits;
       previous = &runs;
     }
+    if (count == 0) continue;
+    // What is to be sorted lies in the block, without slot 0.
+    if (!slots.ascend) next = std::max<uint64_t>(next, 1);
+    slots.begin = next;
+    for (ChunkRuns& chunk : chunks) chunk.classes[c].begin += next;
+    next += count;
     slots.end = next;
-    // Literals of one degree that fit in 64 bits together are sorted as one number.
-    const auto bits = static_cast<uint32_t>(std::bit_width(highest_key));
-    if (!slots.ascend && c < kDegreeClasses - 1 && c * bits <= 64) slots.key_bits = bits;
+    const auto shift = static_cast<uint32_t>(used_bits == 0 ? 0 : std::countr_zero(used_bits));
+    const auto bits = std::max(1u, static_cast<uint32_t>(std::bit_width(used_bits >> shift)));
+    if (!slots.ascend && c < kDegreeClasses - 1 && c * bits <= 64) {
+      slots.key_bits = bits;
+      slots.key_shift = shift;
+    }
   }
   return next;
 }
@@ -172,7 +183,10 @@ void add_carries(TermList& list, std::vector<ChunkRuns>& chunks,
     for (uint32_t c = 1; c < kDegreeClasses; ++c) {
       const Runs& runs = chunk.classes[c];
       if (runs.count == 0) continue;
-      if (runs.joins) list.slot(runs.begin - 1)->coeff += runs.carry;
+      if (runs.joins) {
+        // The coefficient stands at the same place in both.
+        reinterpret_cast<PackedTerm*>(list.slot(runs.begin - 1))->coeff += runs.carry;
+      }
       classes[c].merged = classes[c].merged || runs.merged || runs.joins;
     }
   }
@@ -181,24 +195,22 @@ void add_carries(TermList& list, std::vector<ChunkRuns>& chunks,
 uint64_t settle(TermList& list, ClassSlots (&classes)[kDegreeClasses]) {
   uint64_t kept = 0;
   for (uint32_t c = 1; c < kDegreeClasses; ++c) {
-    ClassSlots& slots = classes[c];
+    const ClassSlots& slots = classes[c];
     if (slots.begin == slots.end) continue;
     if (!slots.ascend) {
-      if (slots.is_packed()) {
-        sort_slots(list, slots, kPackedPrecedes);
-      } else {
-        sort_slots(list, slots, kTermPrecedes);
-      }
+      kept = sort_and_merge(list, kept, slots);
+    } else if (slots.merged) {
+      kept = drop_zeros(list, kept, slots);
+    } else {
+      move_down(list, kept, slots.begin, slots.end - slots.begin);
+      kept += slots.end - slots.begin;
     }
-    const uint64_t end = slots.ascend && !slots.merged ? slots.end : merge_class(list, slots);
-    move_down(list, kept, slots.begin, end - slots.begin);
-    kept += end - slots.begin;
   }
   if (kept == 0) new (list.slot(0)) TermImpl();
   return kept;
 }
 
-TermList gather_extras(std::vector<ChunkRuns>& chunks, coeff_t& delta) {
+TermList gather_extras(std::vector<ChunkRuns>& chunks, CompactCoeff& delta) {
   std::vector<ExtraTerm1> extras;
   for (ChunkRuns& chunk : chunks) {
     delta += chunk.side.delta;

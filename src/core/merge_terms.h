@@ -13,9 +13,12 @@
 //           it lies and its equal neighbours are added up; zeros are dropped, gaps closed.
 //
 // An input in order therefore costs two readings and one writing of its terms, with no further
-// copy, and its memory is the result's own. The sort is boost's block_indirect_sort.
+// copy, and its memory is the result's own. Where the literals of a degree fit in 64 bits together
+// they are sorted as one number, digit by digit, in a second block of the same size; longer ones
+// are compared, by boost's block_indirect_sort.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <vector>
 
@@ -27,21 +30,22 @@ namespace zorv {
 
 // A degree-1 term that a rule made on the side, while it rewrote another.
 struct ExtraTerm1 {
-  coeff_t coeff;
+  CompactCoeff coeff;
   uint32_t var;  // never negated
 };
 
 // What a rule adds besides the term that it rewrites.
 struct SideEffects {
-  coeff_t delta;  // to the constant
+  CompactCoeff delta;  // to the constant
   std::vector<ExtraTerm1> extras;
 };
 
-// A rule is called as rule(term, normal, side) for terms whose coefficient is not 0 and returns
+// A rule says in kChanging which bits of a literal it may act upon, besides what it does to equal
+// ones, and is called as rule(term, normal, side) for terms whose coefficient is not 0 and returns
 // whether anything is left of the term. `side` is null on the second walk, since what it collects
 // counts once. A rule has scratch space of its own and is copied for every thread.
 template <typename Rule>
-ExprImpl merge_terms(const TermList& source, const coeff_t& constant, const Rule& rule);
+ExprImpl merge_terms(const TermList& source, const CompactCoeff& constant, const Rule& rule);
 
 namespace detail {
 
@@ -54,11 +58,11 @@ struct Runs {
   uint64_t count = 0;
   bool ascend = true;
   NormalTerm first, last;
-  uint32_t highest_key = 0;
+  uint32_t used_bits = 0;  // of all keys, or-ed
   // Where the runs go. With `joins` the first run belongs to the slot before `begin`.
   uint64_t begin = 0;
   bool joins = false;
-  coeff_t carry;
+  CompactCoeff carry;
   bool merged = false;  // something was added up here, so a sum may have come to zero
 };
 
@@ -74,32 +78,43 @@ struct ClassSlots {
   bool ascend = true;
   bool merged = false;
   uint32_t degree = 0;
-  uint32_t key_bits = 0;  // if not 0, the slots' head pairs hold all literals as one number
+  // If key_bits is not 0, the slots are PackedTerms; a key has key_bits bits of which the lowest
+  // key_shift, 0 in all keys, are left out.
+  uint32_t key_bits = 0;
+  uint32_t key_shift = 0;
 
   bool is_packed() const { return key_bits != 0; }
 };
 
+// A term whose literals are one number, in the slot of a term.
+struct PackedTerm {
+  CompactCoeff coeff;
+  uint64_t key;
+} __attribute__((may_alias));
+static_assert(sizeof(PackedTerm) == sizeof(TermImpl));
+
 // Assigns slots to the runs of all chunks; returns how many there are.
 uint64_t place_runs(std::vector<ChunkRuns>& chunks, ClassSlots (&classes)[kDegreeClasses]);
 VarList literals_of(const NormalTerm& term);
-uint64_t packed_key(const NormalTerm& term, uint32_t key_bits);
+uint64_t packed_key(const NormalTerm& term, const ClassSlots& slots);
 // Brings every class to its final form; returns how many terms remain, from slot 0 on.
 uint64_t settle(TermList& list, ClassSlots (&classes)[kDegreeClasses]);
 // Adds the carries of `chunks` to their slots.
 void add_carries(TermList& list, std::vector<ChunkRuns>& chunks,
                  ClassSlots (&classes)[kDegreeClasses]);
 // The extra terms of all chunks with equal variables added up, and the sum of their deltas.
-TermList gather_extras(std::vector<ChunkRuns>& chunks, coeff_t& delta);
+TermList gather_extras(std::vector<ChunkRuns>& chunks, CompactCoeff& delta);
 
 // Extra terms are in their final form.
 struct ExtraRule {
+  static constexpr uint32_t kChanging = kNegationBit;
   bool operator()(const TermImpl& term, NormalTerm& normal, SideEffects*) const {
     normal.set(sort_key(term.vars[0]));
     return true;
   }
 };
 
-inline void add_signed(coeff_t& sum, const coeff_t& c, bool is_negated) {
+inline void add_signed(CompactCoeff& sum, const CompactCoeff& c, bool is_negated) {
   if (is_negated) {
     sum -= c;
   } else {
@@ -108,15 +123,12 @@ inline void add_signed(coeff_t& sum, const coeff_t& c, bool is_negated) {
 }
 
 // Constructs a term in raw storage, its literals packed if the class asks for it.
-[[gnu::always_inline]] inline void construct_run(TermImpl* slot, const coeff_t& coeff,
+[[gnu::always_inline]] inline void construct_run(TermImpl* slot, const CompactCoeff& coeff,
                                                  const NormalTerm& term, const ClassSlots& slots) {
-  if (term.is_negated) {
-    construct_negated(&slot->coeff, coeff);
-  } else {
-    construct_copy(&slot->coeff, coeff);
-  }
+  new (&slot->coeff) CompactCoeff(coeff);
+  if (term.is_negated) slot->coeff.negate();
   if (slots.is_packed()) {
-    new (&slot->vars) VarList(VarList::adopt(packed_key(term, slots.key_bits), nullptr));
+    reinterpret_cast<PackedTerm*>(slot)->key = packed_key(term, slots);
   } else if (term.degree == 1) {
     new (&slot->vars) VarList(literal_of_key(term.key(0)));
   } else if (term.degree == 2) {
@@ -126,10 +138,49 @@ inline void add_signed(coeff_t& sum, const coeff_t& c, bool is_negated) {
   }
 }
 
+// Long stretches of most inputs are terms of two literals, in order and without negation: no rule
+// changes them, and they need no more than a look at their bits. `changing` are the bits of a
+// literal that a rule may act upon. Returns the head of such a term, and 0 for any other.
+inline uint64_t settled_pair(const TermImpl& term, uint32_t changing) {
+  const uint64_t pair = term.vars.word();
+  const auto low = static_cast<uint32_t>(pair), high = static_cast<uint32_t>(pair >> 32);
+  if (((low | high) & changing) != 0 || low >= high || is_zero(term.coeff)) return 0;
+  return std::rotl(pair, 32) << 1;  // as sort keys
+}
+
+// The end of the stretch of settled pairs from `term` on that ascend behind `last`, which becomes
+// the head of the last one.
+template <typename F>
+const TermImpl* for_settled_pairs(const TermImpl* term, const TermImpl* end, uint32_t changing,
+                                  uint64_t& last, F f) {
+  uint64_t before = last;
+  for (; term != end; ++term) {
+    const uint64_t head = settled_pair(*term, changing);
+    if (head <= before) break;
+    before = head;
+    f(*term, head);
+  }
+  last = before;
+  return term;
+}
+
 template <typename Rule>
 void count_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule, ChunkRuns& chunk) {
+  Runs& pairs = chunk.classes[2];
   NormalTerm normal;
   for (uint64_t i = begin; i < end; ++i) {
+    if (pairs.count > 0 && i > 0) {
+      uint64_t used = 0;
+      const TermImpl* const from = source.run_from(i);
+      const auto stretch = static_cast<uint64_t>(
+          for_settled_pairs(from, from + (end - i), Rule::kChanging, pairs.last.head,
+                            [&](const TermImpl&, uint64_t head) { used |= head; }) -
+          from);
+      pairs.count += stretch;
+      pairs.used_bits |= static_cast<uint32_t>(used) | static_cast<uint32_t>(used >> 32);
+      i += stretch;
+      if (i == end) break;
+    }
     const TermImpl& term = source[i];
     if (is_zero(term.coeff) || !rule(term, normal, &chunk.side)) continue;
     if (normal.degree == 0) {
@@ -146,7 +197,7 @@ void count_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule,
     }
     ++runs.count;
     runs.last = normal;
-    runs.highest_key = std::max(runs.highest_key, normal.highest_key());
+    for (uint32_t i = 0; i < normal.degree; ++i) runs.used_bits |= normal.key(i);
   }
 }
 
@@ -154,12 +205,27 @@ template <typename Rule>
 void fill_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule, ChunkRuns& chunk,
                const ClassSlots (&classes)[kDegreeClasses], TermList& to) {
   struct Cursor {
-    coeff_t* sum = nullptr;  // of the run that is being written
+    CompactCoeff* sum = nullptr;  // of the run that is being written
     uint64_t next = 0;
     NormalTerm last;
   } cursors[kDegreeClasses];
+  Cursor& pairs = cursors[2];
   NormalTerm normal;
   for (uint64_t i = begin; i < end; ++i) {
+    if (pairs.sum != nullptr && i > 0 && !classes[2].is_packed()) {
+      const TermImpl* const from = source.run_from(i);
+      TermImpl* const first_slot = to.slot(pairs.next);
+      TermImpl* slot = first_slot;
+      i += static_cast<uint64_t>(
+          for_settled_pairs(from, from + (end - i), Rule::kChanging, pairs.last.head,
+                            [&](const TermImpl& term, uint64_t) { new (slot++) TermImpl(term); }) -
+          from);
+      if (slot != first_slot) {
+        pairs.next += static_cast<uint64_t>(slot - first_slot);
+        pairs.sum = &slot[-1].coeff;
+      }
+      if (i == end) break;
+    }
     const TermImpl& term = source[i];
     if (is_zero(term.coeff) || !rule(term, normal, nullptr) || normal.degree == 0) continue;
     const uint32_t c = degree_class(normal.degree);
@@ -188,7 +254,7 @@ void fill_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule, 
 }  // namespace detail
 
 template <typename Rule>
-ExprImpl merge_terms(const TermList& source, const coeff_t& constant, const Rule& rule) {
+ExprImpl merge_terms(const TermList& source, const CompactCoeff& constant, const Rule& rule) {
   const uint64_t n = source.size();
   const uint32_t threads = n > kSerialItems ? num_threads() : 1;
   const Chunking chunking(n, threads);

@@ -16,12 +16,10 @@ constexpr uint64_t kParallelSquarePairs = 20'000;
 uint32_t product_threads() { return std::min(num_threads(), kMaxProductThreads); }
 
 // Slots [offset, offset + n) receive factor times each term of `list`.
-void fill_scaled(TermList& to, uint64_t offset, const TermList& list, const coeff_t& factor) {
+void fill_scaled(TermList& to, uint64_t offset, const TermList& list, const CompactCoeff& factor) {
   const TermView terms(list);
   par_for(list.size(), [&](uint64_t i) {
-    TermImpl* slot = to.slot(offset + i);
-    construct_product(&slot->coeff, terms[i].coeff, factor);
-    new (&slot->vars) VarList(terms[i].vars);
+    new (to.slot(offset + i)) TermImpl(terms[i].coeff * factor, terms[i].vars);
   });
 }
 
@@ -31,7 +29,7 @@ void fill_cross(TermList& to, uint64_t offset, const TermView& a, const TermView
   uint64_t i = begin / nb;
   uint64_t j = begin % nb;
   for (uint64_t k = begin; k < end; ++k) {
-    construct_product(to.slot(offset + k), a[i], b[j]);
+    new (to.slot(offset + k)) TermImpl(product(a[i], b[j]));
     if (++j == nb) {
       j = 0;
       ++i;
@@ -46,54 +44,44 @@ void fill_square_row(TermList& to, const ExprImpl& e, uint64_t i) {
   const bool has_constant = !is_zero(e.constant);
   uint64_t at = n * i - (i == 0 ? 0 : i * (i - 1) / 2) + (has_constant ? i : 0);
   const TermImpl& row = list[i];
-  construct_product(to.slot(at++), row, row);
-  const coeff_t doubled = row.coeff * 2;
-  if (has_constant) {
-    TermImpl* slot = to.slot(at++);
-    construct_product(&slot->coeff, doubled, e.constant);
-    new (&slot->vars) VarList(row.vars);
-  }
+  new (to.slot(at++)) TermImpl(product(row, row));
+  const CompactCoeff doubled = row.coeff * 2;
+  if (has_constant) new (to.slot(at++)) TermImpl(doubled * e.constant, row.vars);
   for (uint64_t j = i + 1; j < n; ++j) {
     const TermImpl& other = list[j];
-    TermImpl* slot = to.slot(at++);
-    construct_product(&slot->coeff, doubled, other.coeff);
-    new (&slot->vars) VarList(VarList::concat(row.vars, other.vars));
+    new (to.slot(at++)) TermImpl(doubled * other.coeff, VarList::concat(row.vars, other.vars));
   }
-}
-
-// e times t, where `construct(slot, term)` makes the product of one term with t.
-template <typename Construct>
-ExprImpl mul_each(const ExprImpl& e, const TermImpl& t, Construct construct) {
-  const bool has_constant = !is_zero(e.constant);
-  const uint64_t n = e.list.size();
-  const uint64_t s = n + (has_constant ? 1 : 0);
-  ExprImpl product;
-  if (s == 0) return product;
-  product.list.allocate_slots(s);
-  if (has_constant) {
-    construct_product(&product.list.first.coeff, e.constant, t.coeff);
-    product.list.first.vars = t.vars;
-  }
-  const uint64_t offset = s - n;
-  const TermView terms(e.list);
-  par_for(n, [&](uint64_t i) { construct(product.list.slot(offset + i), terms[i]); });
-  product.list.commit_slots(s);
-  return product;
 }
 
 }  // namespace
+
+ExprImpl mul_term(const ExprImpl& e, const TermImpl& t) {
+  const bool has_constant = !is_zero(e.constant);
+  const uint64_t n = e.list.size();
+  const uint64_t s = n + (has_constant ? 1 : 0);
+  ExprImpl scaled;
+  if (s == 0) return scaled;
+  scaled.list.allocate_slots(s);
+  if (has_constant) scaled.list.first = TermImpl(e.constant * t.coeff, t.vars);
+  const uint64_t offset = s - n;
+  const TermView terms(e.list);
+  par_for(n,
+          [&](uint64_t i) { new (scaled.list.slot(offset + i)) TermImpl(product(terms[i], t)); });
+  scaled.list.commit_slots(s);
+  return scaled;
+}
 
 ExprImpl mul(const ExprImpl& a, const ExprImpl& b) {
   const uint64_t na = a.list.size();
   const uint64_t nb = b.list.size();
   const bool a_has_constant = !is_zero(a.constant);
   const bool b_has_constant = !is_zero(b.constant);
-  ExprImpl product(a.constant * b.constant);
+  ExprImpl result(a.constant * b.constant);
   const uint64_t pairs = size_product(na, nb);
   const uint64_t s = pairs + (a_has_constant ? nb : 0) + (b_has_constant ? na : 0);
-  if (s == 0) return product;
+  if (s == 0) return result;
 
-  TermList& to = product.list;
+  TermList& to = result.list;
   to.allocate_slots(s);
   uint64_t offset = 0;
   if (a_has_constant) {
@@ -110,7 +98,7 @@ ExprImpl mul(const ExprImpl& a, const ExprImpl& b) {
                                 fill_cross(to, offset, a.list, b.list, nb, begin, end);
                               });
   to.commit_slots(s);
-  return product;
+  return result;
 }
 
 ExprImpl sqr(const ExprImpl& e) {
@@ -129,17 +117,8 @@ ExprImpl sqr(const ExprImpl& e) {
   return square;
 }
 
-ExprImpl mul_term(const ExprImpl& e, const TermImpl& t) {
-  return mul_each(e, t,
-                  [&](TermImpl* slot, const TermImpl& term) { construct_product(slot, term, t); });
-}
-
 ExprImpl mul_var(const ExprImpl& e, uint32_t literal) {
-  const TermImpl t(1, VarList(literal));
-  return mul_each(e, t, [&](TermImpl* slot, const TermImpl& term) {
-    construct_copy(&slot->coeff, term.coeff);
-    new (&slot->vars) VarList(VarList::concat(term.vars, t.vars));
-  });
+  return mul_term(e, TermImpl(1, VarList(literal)));
 }
 
 }  // namespace zorv

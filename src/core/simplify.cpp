@@ -9,8 +9,10 @@ namespace {
 // Sorts the literals and changes nothing else.
 class PlainRule {
  public:
+  static constexpr uint32_t kChanging = kNegationBit;  // which only its sort key is about
+
   bool operator()(const TermImpl& term, NormalTerm& normal, SideEffects*) {
-    switch (term.vars.degree_capped_at_3()) {
+    switch (term.vars.degree()) {
       case 0:
         normal.set();
         break;
@@ -31,7 +33,7 @@ class PlainRule {
   }
 
  private:
-  std::vector<uint32_t> keys_;
+  Keys keys_;
 };
 
 }  // namespace

@@ -16,9 +16,11 @@ uint32_t variable_of_key(uint32_t key) { return literal_of_key(key & ~kNegatedKe
 
 class BinaryRule {
  public:
+  static constexpr uint32_t kChanging = kNegationBit;
+
   bool operator()(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
     normal.is_negated = false;
-    switch (term.vars.degree_capped_at_3()) {
+    switch (term.vars.degree()) {
       case 0:
         normal.set();
         return true;
@@ -36,7 +38,7 @@ class BinaryRule {
 
  private:
   // c*~x = c - c*x
-  bool linear(uint32_t key, const coeff_t& c, NormalTerm& normal, SideEffects* side) {
+  bool linear(uint32_t key, const CompactCoeff& c, NormalTerm& normal, SideEffects* side) {
     normal.set(key & ~kNegatedKey);
     if (is_negated_key(key)) {
       normal.is_negated = true;
@@ -46,7 +48,8 @@ class BinaryRule {
   }
 
   // `a` does not follow `b`.
-  bool quadratic(uint32_t a, uint32_t b, const coeff_t& c, NormalTerm& normal, SideEffects* side) {
+  bool quadratic(uint32_t a, uint32_t b, const CompactCoeff& c, NormalTerm& normal,
+                 SideEffects* side) {
     if (same_variable(a, b) && !is_atom_key(a)) {
       return a == b && linear(a, c, normal, side);  // x*x = x, x*~x = 0
     }
@@ -57,7 +60,7 @@ class BinaryRule {
   }
 
   // What c*a*b with a negation leaves besides its quadratic term.
-  static void expand(uint32_t a, uint32_t b, const coeff_t& c, SideEffects& side) {
+  static void expand(uint32_t a, uint32_t b, const CompactCoeff& c, SideEffects& side) {
     if (!is_negated_key(a)) {
       side.extras.push_back({c, variable_of_key(a)});  // c*x*~y = c*x - c*x*y
     } else if (!is_negated_key(b)) {
@@ -88,7 +91,7 @@ class BinaryRule {
     return true;
   }
 
-  std::vector<uint32_t> keys_;
+  Keys keys_;
 };
 
 }  // namespace

@@ -9,9 +9,11 @@ namespace {
 
 class SpinRule {
  public:
+  static constexpr uint32_t kChanging = kNegationBit | kAtomBit;
+
   bool operator()(const TermImpl& term, NormalTerm& normal, SideEffects*) {
     normal.is_negated = false;
-    switch (term.vars.degree_capped_at_3()) {
+    switch (term.vars.degree()) {
       case 0:
         normal.set();
         break;
@@ -31,7 +33,7 @@ class SpinRule {
       default:
         keys_.clear();
         for (const uint32_t literal : term.vars) keys_.push_back(spin_key(literal, normal));
-        std::sort(keys_.begin(), keys_.end());
+        sort_keys(keys_);
         cancel_pairs(keys_);
         normal.set(keys_);
     }
@@ -50,7 +52,7 @@ class SpinRule {
     return sort_key(identity_of(literal));
   }
 
-  std::vector<uint32_t> keys_;
+  Keys keys_;
 };
 
 }  // namespace

@@ -67,7 +67,7 @@ class SubsetSums {
 
   // Adds by_size(k) times the product of S for each subset S of the keys with k members.
   template <typename BySize>
-  void add(const std::vector<uint32_t>& keys, BySize by_size) {
+  void add(const Keys& keys, BySize by_size) {
     if (keys.size() > kMaxExpandedDegree) throw std::bad_alloc();
     constant_ += by_size(0);
     for (const uint32_t key : keys) linear_.add(key, by_size(1));
@@ -87,7 +87,7 @@ class SubsetSums {
 
  private:
   template <typename BySize>
-  void add_products(const std::vector<uint32_t>& keys, BySize by_size) {
+  void add_products(const Keys& keys, BySize by_size) {
     const uint64_t subsets = uint64_t{1} << keys.size();
     for (uint64_t subset = 0; subset < subsets; ++subset) {
       const auto size = static_cast<size_t>(std::popcount(subset));
@@ -95,7 +95,7 @@ class SubsetSums {
     }
   }
 
-  static VarList product_of(const std::vector<uint32_t>& keys, uint64_t subset) {
+  static VarList product_of(const Keys& keys, uint64_t subset) {
     uint32_t literals[kMaxExpandedDegree];
     uint32_t n = 0;
     for (; subset != 0; subset &= subset - 1) {
@@ -110,7 +110,7 @@ class SubsetSums {
 };
 
 // The different keys of `sorted_keys`; false if a variable stands beside its complement.
-bool make_unique(std::vector<uint32_t>& sorted_keys) {
+bool make_unique(Keys& sorted_keys) {
   sorted_keys.erase(std::unique(sorted_keys.begin(), sorted_keys.end()), sorted_keys.end());
   return std::adjacent_find(sorted_keys.begin(), sorted_keys.end(), [](uint32_t a, uint32_t b) {
            return (a | 1) == (b | 1);
@@ -139,15 +139,15 @@ ExprImpl binary_to_spin(const ExprImpl& e) {
         "not apply to integer atoms).");
   }
   const uint32_t scale = max_degree(e);
-  SubsetSums sums(e, e.constant << scale);
-  std::vector<uint32_t> keys;
+  SubsetSums sums(e, coeff_t(e.constant) << scale);
+  Keys keys;
   coeff_t scaled;
   e.list.for_each([&](const TermImpl& term) {
     load_sorted_keys(term.vars, keys);
     // (1 + s)(1 - s) = 0, and (1 + s)^2 = 2 (1 + s): a repeated literal leaves a factor 2, just as
     // a missing one does that is made up for.
     if (is_zero(term.coeff) || !make_unique(keys)) return;
-    scaled = term.coeff;
+    scaled = coeff_t(term.coeff);
     if (keys.size() < scale) scaled <<= scale - keys.size();
     sums.add(keys, [&](size_t) -> const coeff_t& { return scaled; });
   });
@@ -161,14 +161,14 @@ ExprImpl spin_to_binary(const ExprImpl& e) {
         "spin_to_binary: native integer variables (int_var) are not supported (spin semantics do "
         "not apply to integer atoms).");
   }
-  SubsetSums sums(e, e.constant);
-  std::vector<uint32_t> keys;
+  SubsetSums sums(e, coeff_t(e.constant));
+  Keys keys;
   std::vector<coeff_t> by_size;
   e.list.for_each([&](const TermImpl& term) {
     if (is_zero(term.coeff)) return;
     load_sorted_keys(term.vars, keys);
     cancel_pairs(keys);  // s*s = 1; a literal and its complement stay, as both may be kept apart
-    fill_spin_coefficients(term.coeff, keys.size(), by_size);
+    fill_spin_coefficients(coeff_t(term.coeff), keys.size(), by_size);
     sums.add(keys, [&](size_t size) -> const coeff_t& { return by_size[size]; });
   });
   return expr_simplify_as_binary(sums.take());

@@ -38,16 +38,14 @@ struct Output {
   uint64_t at;  // the next slot
   coeff_t constant;
 
-  void put(const coeff_t& a, const coeff_t& b, VarList vars) {
-    TermImpl* slot = to.slot(at++);
-    construct_product(&slot->coeff, a, b);
-    new (&slot->vars) VarList(std::move(vars));
+  void put(const CompactCoeff& a, const CompactCoeff& b, VarList vars) {
+    new (to.slot(at++)) TermImpl(a * b, std::move(vars));
   }
 };
 
 VarList concat(const VarList& a, const VarList& b, const VarList& tail) {
   VarList all = VarList::concat(a, b);
-  if (tail.degree_capped_at_3() > 0) all.append(tail);
+  if (tail.degree() > 0) all.append(tail);
   return all;
 }
 
@@ -56,7 +54,7 @@ void put_product(const ExprImpl& a, const ExprImpl& b, const VarList& tail, Outp
   const bool a_has_constant = !is_zero(a.constant);
   const bool b_has_constant = !is_zero(b.constant);
   if (a_has_constant && b_has_constant) {
-    if (tail.degree_capped_at_3() > 0) {
+    if (tail.degree() > 0) {
       out.put(a.constant, b.constant, tail);
     } else {
       out.constant += a.constant * b.constant;
@@ -100,7 +98,7 @@ class Expander {
       for (uint32_t i = last; i < degree; ++i) tail.append(term.vars[i]);
       put_product(head(term, last - 1), *substitution_.find(term.vars[last - 1]), tail, out);
     } else if (degree > 0 || stays(term)) {
-      construct_copy(out.to.slot(out.at++), term);
+      new (out.to.slot(out.at++)) TermImpl(term);
     } else {
       out.constant += term.coeff;
     }

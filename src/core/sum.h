@@ -17,7 +17,7 @@ namespace detail {
 
 // Copies the entries of `from` to raw storage, or moves them there and leaves `from` empty.
 inline void put_entries(TermImpl* to, const TermList& from) {
-  par_for(from.count, [&](uint64_t i) { construct_copy(to + i, from.terms[i]); });
+  par_for(from.count, [&](uint64_t i) { new (to + i) TermImpl(from.terms[i]); });
 }
 inline void put_entries(TermImpl* to, TermList& from) {
   if (from.count > 0) relocate_terms(to, from.terms, from.count);
@@ -71,7 +71,7 @@ ExprImpl sum_of_exprs(uint64_t n, At at) {
                                 for (uint64_t i = begin; i < end; ++i) {
                                   auto& list = at(i).list;
                                   if (i != leader && list.has_first()) {
-                                    construct_copy(to.slot(slot++), list.first);
+                                    new (to.slot(slot++)) TermImpl(list.first);
                                   }
                                   const uint64_t entries = list.count;
                                   detail::put_entries(to.slot(slot), list);
@@ -97,7 +97,7 @@ ExprImpl sum_of(uint64_t n, At at) {
     while (skipped < n && is_zero(at(skipped).coeff)) ++skipped;
     const uint64_t terms = n - skipped;
     sum.list.allocate_slots(terms);
-    par_for(terms, [&](uint64_t i) { construct_copy(sum.list.slot(i), at(skipped + i)); });
+    par_for(terms, [&](uint64_t i) { new (sum.list.slot(i)) TermImpl(at(skipped + i)); });
     sum.list.commit_slots(terms);
   } else {
     sum.list.allocate_slots(n);

@@ -89,7 +89,7 @@ void TermList::reserve(uint64_t more) {
 void TermList::append_entries(const TermList& other) {
   TermImpl* to = terms + count;
   const TermImpl* from = other.terms;
-  par_for(other.count, [=](uint64_t i) { construct_copy(to + i, from[i]); });
+  par_for(other.count, [=](uint64_t i) { new (to + i) TermImpl(from[i]); });
   count += other.count;
 }
 

@@ -65,6 +65,8 @@ class TermView {
   TermView(const TermList& list)
       : first_(&list.first), terms_(list.terms), skip_(list.has_first() ? 1 : 0) {}
   const TermImpl& operator[](uint64_t i) const { return i < skip_ ? *first_ : terms_[i - skip_]; }
+  // Term i, behind which all others lie; i is above 0.
+  const TermImpl* run_from(uint64_t i) const { return terms_ + (i - skip_); }
 
  private:
   const TermImpl* first_;

@@ -6,14 +6,14 @@
 namespace zorv {
 
 void append_text(std::string& text, const TermImpl& term) {
-  if (term.vars.degree_capped_at_3() == 0) {
-    text += decimal(term.coeff);
+  if (term.vars.degree() == 0) {
+    text += decimal(coeff_t(term.coeff));
     return;
   }
   if (term.coeff == -1) {
     text += "-";
   } else if (term.coeff != 1) {
-    text += decimal(term.coeff);
+    text += decimal(coeff_t(term.coeff));
     text += "*";
   }
   bool is_first = true;
@@ -32,7 +32,7 @@ void append_text(std::string& text, const ExprImpl& e) {
   }
   bool is_first = true;
   if (!is_zero(e.constant)) {
-    text += decimal(e.constant);
+    text += decimal(coeff_t(e.constant));
     is_first = false;
   }
   e.list.for_each([&](const TermImpl& term) {

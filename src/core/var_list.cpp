@@ -1,80 +1,99 @@
 #include "core/var_list.h"
 
 #include <cassert>
+#include <cstdlib>
 #include <cstring>
 #include <new>
-#include <utility>
 
 namespace zorv {
 
 namespace {
 
-// Degrees have 32 bits, and so has the room for the list that closes with kNoLiteral.
-constexpr uint32_t kMaxDegree = UINT32_MAX - 3;
+// Degrees have 32 bits, and so has the room for the list with all that stands around it.
+constexpr uint32_t kMaxDegree = UINT32_MAX - 8;
 
-// Entries of the overflow block of a list of this degree (3 or more).
-constexpr uint32_t overflow_room(uint32_t degree) { return degree & ~1u; }
+// Entries of the block of a list of this degree: what malloc gives anyway for degree + 2, its
+// blocks being of 6, 10, 14, ... entries.
+constexpr uint32_t room_for(uint32_t degree) { return ((degree + 3) & ~3u) + 2; }
 
-uint32_t overflow_length(const uint32_t* overflow) {
-  if (overflow == nullptr) return 0;
+uint32_t* resize_block(uint32_t* block, uint32_t degree) {
+  auto* resized =
+      static_cast<uint32_t*>(std::realloc(block, sizeof(uint32_t) * uint64_t{room_for(degree)}));
+  if (resized == nullptr) throw std::bad_alloc();
+  resized[0] = degree;
+  resized[1 + degree] = kNoLiteral;
+  return resized;
+}
+
+uint32_t run_length(const uint32_t* run) {
   uint32_t n = 0;
-  while (overflow[n] != kNoLiteral) ++n;
+  while (run[n] != kNoLiteral) ++n;
   return n;
-}
-
-uint32_t* resize_block(uint32_t* block, uint32_t entries) {
-  auto* grown = static_cast<uint32_t*>(std::realloc(block, entries * sizeof(uint32_t)));
-  if (grown == nullptr) throw std::bad_alloc();
-  return grown;
-}
-
-// A closed block that holds the `n` literals; null for none.
-uint32_t* new_block(const uint32_t* literals, uint32_t n) {
-  if (n == 0) return nullptr;
-  uint32_t* block = resize_block(nullptr, overflow_room(n + 2));
-  std::memcpy(block, literals, n * sizeof(uint32_t));
-  block[n] = kNoLiteral;
-  return block;
 }
 
 }  // namespace
 
-VarList::VarList(const uint32_t* literals, uint32_t n) {
-  if (n > 0) head_[0] = literals[0];
-  if (n > 1) head_[1] = literals[1];
-  if (n > 2) overflow_ = new_block(literals + 2, n - 2);
-}
-
-uint32_t* VarList::copy_block(const uint32_t* overflow) {
-  return new_block(overflow, overflow_length(overflow));
-}
-
-VarList& VarList::operator=(const VarList& other) {
-  if (this != &other) *this = VarList(other);
-  return *this;
+void VarList::append_behind_pair(const uint32_t* literals, uint32_t n) {
+  uint32_t* const to = grow(n);
+  for (uint32_t i = 2; i < n; ++i) to[i] = literals[i];  // few: not worth a call
 }
 
 VarList& VarList::operator=(VarList&& other) noexcept {
   if (this == &other) return *this;
-  std::free(overflow_);
-  head_[0] = std::exchange(other.head_[0], kNoLiteral);
-  head_[1] = std::exchange(other.head_[1], kNoLiteral);
-  overflow_ = std::exchange(other.overflow_, nullptr);
+  if (is_block()) free_block();
+  word_ = std::exchange(other.word_, kEmpty);
   return *this;
 }
 
-VarList VarList::adopt(uint64_t head_pair, uint32_t* overflow) {
-  VarList list;
-  list.set_head_pair(head_pair);
-  list.overflow_ = overflow;
-  return list;
+void VarList::free_block() { std::free(block()); }
+
+uint64_t VarList::block_of_pair(uint64_t head_pair) {
+  uint32_t* const made = resize_block(nullptr, 2);
+  std::memcpy(made + 1, &head_pair, sizeof(head_pair));
+  if (made[1] == kNoLiteral) made[0] = 0;
+  return reinterpret_cast<uintptr_t>(made) | kBlockMark << 48;
+}
+
+uint64_t VarList::copied_block() const {
+  if (degree() <= 2) return block_of_pair(head_pair());
+  uint32_t* const made = resize_block(nullptr, degree());
+  std::memcpy(made + 1, block() + 1, degree() * sizeof(uint32_t));
+  return reinterpret_cast<uintptr_t>(made) | kBlockMark << 48;
+}
+
+bool VarList::has_same_block(const VarList& other) const {
+  return degree() == other.degree() && head_pair() == other.head_pair() &&
+         (degree() <= 2 ||
+          std::memcmp(overflow(), other.overflow(), (degree() - 2) * sizeof(uint32_t)) == 0);
+}
+
+uint32_t* VarList::grow(uint32_t degree) {
+  assert(degree > 2);
+  const uint64_t pair_before = head_pair();
+  uint32_t* grown;
+  if (is_block() && room_for(this->degree()) == room_for(degree)) {
+    grown = block();
+    grown[0] = degree;
+    grown[1 + degree] = kNoLiteral;
+  } else {
+    grown = resize_block(is_block() ? block() : nullptr, degree);
+  }
+  std::memcpy(grown + 1, &pair_before, sizeof(pair_before));
+  word_ = reinterpret_cast<uintptr_t>(grown) | kBlockMark << 48;
+  return grown + 1;
 }
 
 VarList VarList::copy_of(uint64_t head_pair, const uint32_t* overflow) {
-  VarList list = adopt(head_pair, nullptr);
-  if (list.head_[0] != kNoLiteral && list.head_[1] != kNoLiteral) {
-    list.overflow_ = copy_block(overflow);
-  }
+  VarList list(head_pair);
+  if (list.degree() < 2 || overflow == nullptr || overflow[0] == kNoLiteral) return list;
+  const uint32_t n = run_length(overflow);
+  std::memcpy(list.grow(2 + n) + 2, overflow, n * sizeof(uint32_t));
+  return list;
+}
+
+VarList VarList::adopt(uint64_t head_pair, uint32_t* overflow) {
+  VarList list = copy_of(head_pair, overflow);
+  std::free(overflow);
   return list;
 }
 
@@ -84,46 +103,28 @@ VarList VarList::concat_any(const VarList& a, const VarList& b) {
   return joined;
 }
 
-uint32_t VarList::degree() const {
-  const uint32_t capped = degree_capped_at_3();
-  return capped < 3 ? capped : 2 + overflow_length(overflow_);
-}
-
-bool VarList::operator==(const VarList& other) const {
-  if (head_pair() != other.head_pair()) return false;
-  const uint32_t n = overflow_length(overflow_);
-  return n == overflow_length(other.overflow_) &&
-         (n == 0 || std::memcmp(overflow_, other.overflow_, n * sizeof(uint32_t)) == 0);
-}
-
 void VarList::append(uint32_t literal) {
   assert(literal != kNoLiteral);
-  if (head_[0] == kNoLiteral) {
-    head_[0] = literal;
-  } else if (head_[1] == kNoLiteral) {
-    head_[1] = literal;
+  const uint32_t n = degree();
+  if (n >= 2) {
+    grow(n + 1)[n] = literal;
   } else {
-    const uint32_t n = overflow_length(overflow_);
-    // An empty block was made for at least one literal, so only a full one has to grow.
-    if (overflow_ == nullptr || (n > 0 && n % 2 == 1)) {
-      overflow_ = resize_block(overflow_, overflow_room(n + 3));
-    }
-    overflow_[n] = literal;
-    overflow_[n + 1] = kNoLiteral;
+    const uint64_t before = head_pair();
+    const auto low = static_cast<uint32_t>(before), high = static_cast<uint32_t>(before >> 32);
+    *this = VarList(n == 0 ? pair(literal, high) : pair(low, literal));
   }
 }
 
 void VarList::append(const VarList& other) {
-  const uint32_t mine = degree();
-  const uint32_t theirs = other.degree();
-  if (theirs == 0) return;
+  const uint32_t mine = degree(), theirs = other.degree();
   if (theirs > kMaxDegree - mine) throw std::bad_alloc();
-  if (mine + theirs > 2) {
-    overflow_ = resize_block(overflow_, overflow_room(mine + theirs));
-    overflow_[mine + theirs - 2] = kNoLiteral;
+  if (mine + theirs <= 2) {
+    for (uint32_t i = 0; i < theirs; ++i) append(other[i]);
+    return;
   }
-  // `other` may be this very list: its literals below `theirs` are not overwritten.
-  for (uint32_t i = 0; i < theirs; ++i) (*this)[mine + i] = other[i];
+  // `other` may be this very list: its literals below `theirs` stay where they are.
+  uint32_t* const literals = grow(mine + theirs);
+  for (uint32_t i = 0; i < theirs; ++i) literals[mine + i] = other[i];
 }
 
 }  // namespace zorv

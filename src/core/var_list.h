@@ -1,18 +1,19 @@
-// VarList: the literals of one product term, up to two of them inline.
+// VarList: the literals of one product term in one word.
 //
 // Invariants
-//   1. The slots fill from the front: head[0], head[1], then the overflow block.
-//   2. kNoLiteral fills an empty head slot and closes the overflow block.
-//   3. The block comes from malloc, with room for the degree rounded down to an even number of
-//      entries (degree 3: 2, 4: 4, 5: 4), so the closing entry always fits and growing by one
-//      literal reallocates only when the degree becomes even. Callers hand over and receive blocks
-//      of this form, which is why the rule is fixed.
-//   4. A block that is present may still be empty; the list then has degree 2.
-// The literals stand in the order of creation; only a simplification sorts them.
+//   1. The word is the head pair, the first literal in its low half; kNoLiteral fills what is
+//   empty.
+//      The literals stand in the order of creation; only a simplification sorts them.
+//   2. A list of three literals or more stands in a block of malloc: its degree, its literals, and
+//      kNoLiteral behind them. The word is then the block's address with kBlockMark in its top 16
+//      bits. So does a pair whose second literal has the bits of that mark: no such literal names
+//      anything, but callers hand over literals unchecked.
+//   3. A block has room for the literals and, as malloc rounds sizes up, for a few more.
+// What callers see of the literals from the third on, and hand over, is a run closed by kNoLiteral.
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
+#include <utility>
 
 #include "core/literal.h"
 
@@ -21,97 +22,106 @@ namespace zorv {
 class VarList {
  public:
   VarList() = default;
-  explicit VarList(uint32_t literal) : head_{literal, kNoLiteral} {}
+  explicit VarList(uint32_t literal) : word_(pair(literal, kNoLiteral)) {}
   // `a` may be kNoLiteral; `b` then goes to the first slot.
-  VarList(uint32_t a, uint32_t b)
-      : head_{a == kNoLiteral ? b : a, a == kNoLiteral ? kNoLiteral : b} {}
-  VarList(const uint32_t* literals, uint32_t n);
-  VarList(const VarList& other)
-      : head_{other.head_[0], other.head_[1]},
-        overflow_(other.overflow_ == nullptr ? nullptr : copy_block(other.overflow_)) {}
-  VarList(VarList&& other) noexcept;
-  VarList& operator=(const VarList& other);
+  VarList(uint32_t a, uint32_t b) : VarList(a == kNoLiteral ? pair(b, a) : pair(a, b)) {}
+  VarList(const uint32_t* literals, uint32_t n)
+      : VarList(pair(n > 0 ? literals[0] : kNoLiteral, n > 1 ? literals[1] : kNoLiteral)) {
+    if (n > 2) append_behind_pair(literals, n);
+  }
+  VarList(const VarList& other) : word_(other.is_block() ? other.copied_block() : other.word_) {}
+  VarList(VarList&& other) noexcept : word_(std::exchange(other.word_, kEmpty)) {}
+  VarList& operator=(const VarList& other) { return *this = VarList(other); }
   VarList& operator=(VarList&& other) noexcept;
   ~VarList() {
-    if (overflow_ != nullptr) std::free(overflow_);
+    if (is_block()) free_block();
   }
 
-  // A head pair is one 64-bit value, the first literal in its low half. `adopt` takes the block
-  // over as it is, unchecked; `copy_of` copies it, and only if both head slots are filled.
-  static VarList adopt(uint64_t head_pair, uint32_t* overflow);
+  // From a head pair and a run of further literals, which may be null and counts only if both
+  // literals of the pair are there.
   static VarList copy_of(uint64_t head_pair, const uint32_t* overflow);
+  // The same, and frees the run, a block of malloc.
+  static VarList adopt(uint64_t head_pair, uint32_t* overflow);
   // The literals of `a`, then those of `b`.
   static VarList concat(const VarList& a, const VarList& b) {
-    if (a.degree_capped_at_3() == 1 && b.degree_capped_at_3() == 1) {
-      return VarList(a.head_[0], b.head_[0]);
+    if (a.is_single() && b.is_single()) {
+      return VarList(static_cast<uint32_t>(a.word_), static_cast<uint32_t>(b.word_));
     }
     return concat_any(a, b);
   }
 
-  uint32_t degree() const;
-  // At most `degree()`, at no cost: exact up to 2, and 3 for anything longer.
-  uint32_t degree_capped_at_3() const;
-  uint32_t operator[](uint32_t i) const { return i < 2 ? head_[i] : overflow_[i - 2]; }
-  uint32_t& operator[](uint32_t i) { return i < 2 ? head_[i] : overflow_[i - 2]; }
-  uint64_t head_pair() const { return head_[0] | static_cast<uint64_t>(head_[1]) << 32; }
-  void set_head_pair(uint64_t head_pair) {
-    head_[0] = static_cast<uint32_t>(head_pair);
-    head_[1] = static_cast<uint32_t>(head_pair >> 32);
+  uint32_t degree() const { return is_block() ? *block() : inline_degree(); }
+  uint32_t operator[](uint32_t i) const {
+    return is_block() ? block()[1 + i] : static_cast<uint32_t>(word_ >> 32 * i);
   }
-  const uint32_t* overflow() const { return overflow_; }
-  bool has_overflow() const { return overflow_ != nullptr && overflow_[0] != kNoLiteral; }
+  // The head pair of up to two literals; anything else has the highest bit set, as has a pair
+  // whose second literal is negated or missing.
+  uint64_t word() const { return word_; }
+  uint64_t head_pair() const { return is_block() ? pair(block()[1], block()[2]) : word_; }
+  // The literals from the third on, closed by kNoLiteral; null if there are none.
+  const uint32_t* overflow() const { return degree() > 2 ? block() + 3 : nullptr; }
   // Same degree and the same raw literals at every position.
-  bool operator==(const VarList& other) const;
+  bool operator==(const VarList& other) const {
+    return word_ == other.word_ || (is_block() && other.is_block() && has_same_block(other));
+  }
 
   void append(uint32_t literal);
   void append(const VarList& other);
 
   // Walks the literals in order: for (uint32_t literal : list).
   class Iterator;
-  struct Sentinel {};
   Iterator begin() const;
-  Sentinel end() const { return {}; }
+  Iterator end() const;
 
  private:
-  static uint32_t* copy_block(const uint32_t* overflow);
-  static VarList concat_any(const VarList& a, const VarList& b);
+  static constexpr uint64_t kEmpty = ~uint64_t{0};
+  static constexpr uint64_t kBlockMark = 0xC000;  // negated and an atom, which no literal is
 
-  uint32_t head_[2] = {kNoLiteral, kNoLiteral};
-  uint32_t* overflow_ = nullptr;
+  static uint64_t pair(uint32_t a, uint32_t b) { return a | uint64_t{b} << 32; }
+  bool is_block() const { return word_ >> 48 == kBlockMark; }
+  bool is_single() const {
+    return word_ >> 32 == kNoLiteral && static_cast<uint32_t>(word_) != kNoLiteral;
+  }
+  uint32_t inline_degree() const {
+    if (static_cast<uint32_t>(word_) == kNoLiteral) return 0;
+    return word_ >> 32 == kNoLiteral ? 1 : 2;
+  }
+  uint32_t* block() const { return reinterpret_cast<uint32_t*>(word_ & ~(kBlockMark << 48)); }
+
+  // As it stands.
+  explicit VarList(uint64_t head_pair) : word_(head_pair) {
+    if (is_block()) word_ = block_of_pair(head_pair);
+  }
+  static VarList concat_any(const VarList& a, const VarList& b);
+  static uint64_t block_of_pair(uint64_t head_pair);
+  uint64_t copied_block() const;
+  bool has_same_block(const VarList& other) const;
+  void free_block();
+  void append_behind_pair(const uint32_t* literals, uint32_t n);
+  // Makes this a list of `degree` literals, 3 or more, the first ones as they are.
+  uint32_t* grow(uint32_t degree);
+
+  uint64_t word_ = kEmpty;
 };
+
+static_assert(sizeof(VarList) == 8);
 
 class VarList::Iterator {
  public:
-  explicit Iterator(const VarList& list) : list_(list) {}
+  Iterator(const VarList& list, uint32_t i) : list_(list), i_(i) {}
   uint32_t operator*() const { return list_[i_]; }
   Iterator& operator++() {
     ++i_;
     return *this;
   }
-  bool operator!=(Sentinel) const {
-    if (i_ == 2 && list_.overflow_ == nullptr) return false;
-    return list_[i_] != kNoLiteral;
-  }
+  bool operator!=(const Iterator& other) const { return i_ != other.i_; }
 
  private:
   const VarList& list_;
-  uint32_t i_ = 0;
+  uint32_t i_;
 };
 
-inline VarList::Iterator VarList::begin() const { return Iterator(*this); }
-
-inline uint32_t VarList::degree_capped_at_3() const {
-  if (head_[0] == kNoLiteral) return 0;
-  if (head_[1] == kNoLiteral) return 1;
-  return has_overflow() ? 3 : 2;
-}
-
-inline VarList::VarList(VarList&& other) noexcept
-    : head_{other.head_[0], other.head_[1]}, overflow_(other.overflow_) {
-  other.head_[0] = other.head_[1] = kNoLiteral;
-  other.overflow_ = nullptr;
-}
-
-static_assert(sizeof(VarList) == 16);
+inline VarList::Iterator VarList::begin() const { return Iterator(*this, 0); }
+inline VarList::Iterator VarList::end() const { return Iterator(*this, degree()); }
 
 }  // namespace zorv

@@ -23,7 +23,7 @@ std::string auxiliary_name() {
 void reduce_negative(const TermImpl& term, TermList& to) {
   const uint32_t w = new_var(auxiliary_name());
   for (const uint32_t literal : term.vars) to.append(TermImpl(term.coeff, VarList(w, literal)));
-  to.append(TermImpl(term.coeff * (1 - coeff_t(term.vars.degree())), VarList(w)));
+  to.append(TermImpl(term.coeff * (1 - int64_t{term.vars.degree()}), VarList(w)));
 }
 
 // c*(S - T)*(S - T - 1)/2 for c > 0, with T a slack that comes to within 1 below S unless S is d,
@@ -38,7 +38,7 @@ void reduce_positive(const TermImpl& term, TermList& to) {
     }
   }
   for (size_t k = 0; k < slack.vars.size(); ++k) {
-    const coeff_t scaled = term.coeff * slack.coeffs[k];
+    const coeff_t scaled = coeff_t(term.coeff) * slack.coeffs[k];
     for (const uint32_t literal : term.vars) {
       to.append(TermImpl(-scaled, VarList(literal, slack.vars[k])));
     }
@@ -55,7 +55,7 @@ ExprImpl reduce_degree(const ExprImpl& e) {
   const ExprImpl simplified = expr_simplify_as_binary(e);
   ExprImpl reduced(simplified.constant);
   simplified.list.for_each([&](const TermImpl& term) {
-    if (term.vars.degree_capped_at_3() < 3) {
+    if (term.vars.degree() < 3) {
       reduced.list.append(term);
     } else if (is_negative(term.coeff)) {
       reduce_negative(term, reduced.list);

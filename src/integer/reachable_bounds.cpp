@@ -26,9 +26,9 @@ ReachableBounds bounds_of_literal(uint32_t literal) {
 
 ReachableBounds reachable_bounds(const ExprImpl& e) {
   const ExprImpl simplified = expr_simplify_as_binary(e);
-  ReachableBounds sum = {simplified.constant, simplified.constant};
+  ReachableBounds sum = {coeff_t(simplified.constant), coeff_t(simplified.constant)};
   simplified.list.for_each([&](const TermImpl& term) {
-    ReachableBounds bounds = {term.coeff, term.coeff};
+    ReachableBounds bounds = {coeff_t(term.coeff), coeff_t(term.coeff)};
     for (const uint32_t literal : term.vars) bounds = product(bounds, bounds_of_literal(literal));
     sum.lo += bounds.lo;
     sum.hi += bounds.hi;

@@ -21,10 +21,4 @@ inline FormFault form_fault(uint32_t literal, uint32_t previous, uint32_t degree
   return FormFault::kNone;
 }
 
-// VarList::degree, without a call for the short lists that most terms have.
-inline uint32_t degree_of(const VarList& vars) {
-  const uint32_t capped = vars.degree_capped_at_3();
-  return capped < 3 ? capped : vars.degree();
-}
-
 }  // namespace zorv

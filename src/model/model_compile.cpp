@@ -32,12 +32,12 @@ void mark_variables(const ExprImpl& penalty, UsedVariables& used) {
 
 void store_remainder(const ExprImpl& penalty, ModelImpl& m) {
   m.has_remainder = true;
-  m.remainder_constant = penalty.constant;
+  m.remainder_constant = coeff_t(penalty.constant);
   m.remainder_head.push_back(0);
   penalty.list.for_each([&](const TermImpl& term) {
     if (is_zero(term.coeff)) return;
     for (const uint32_t literal : term.vars) m.remainder_vars.push_back(dense_literal(m, literal));
-    m.remainder_coeffs.push_back(term.coeff);
+    m.remainder_coeffs.emplace_back(term.coeff);
     m.remainder_head.push_back(m.remainder_vars.size());
   });
 }
@@ -53,7 +53,7 @@ ModelImpl::ModelImpl(const ExprImpl& e, double /*scale*/, const ConstraintListIm
   const ExprImpl& compiled = with_penalty ? sum : e;
 
   StageClock clock("Model");
-  constant = compiled.constant;
+  constant = coeff_t(compiled.constant);
   ExprImpl penalty;
   if (with_penalty) penalty = expr_simplify_as_binary(constraints->remainder);
   std::vector<NativeCons> records = native_records(split);

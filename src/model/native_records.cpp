@@ -10,7 +10,7 @@ namespace zorv {
 namespace {
 
 void check_body_term(const VarList& vars) {
-  const uint32_t degree = degree_of(vars);
+  const uint32_t degree = vars.degree();
   uint32_t previous = kNoLiteral;
   for (uint32_t i = 0; i < degree; ++i) {
     switch (form_fault(vars[i], previous, degree)) {
@@ -31,7 +31,7 @@ void check_body_term(const VarList& vars) {
 
 bool is_linear(const ExprImpl& body) {
   bool linear = true;
-  body.list.for_each([&](const TermImpl& term) { linear &= degree_of(term.vars) <= 1; });
+  body.list.for_each([&](const TermImpl& term) { linear &= term.vars.degree() <= 1; });
   return linear;
 }
 
@@ -41,7 +41,7 @@ NativeCons record_without_body(const ConstraintItem& item) {
   record.weight = *item.weight;
   record.lo = entry.lo;
   record.hi = entry.hi;
-  record.body_constant = entry.body->constant;
+  record.body_constant = coeff_t(entry.body->constant);
   return record;
 }
 
@@ -52,7 +52,7 @@ void refuse_negated(uint32_t literal) {
 void append_linear_term(const TermImpl& term, NativeCons& record) {
   refuse_negated(term.vars[0]);
   record.vars.push_back(term.vars[0]);
-  record.coeffs.push_back(term.coeff);
+  record.coeffs.emplace_back(term.coeff);
 }
 
 void append_nonlinear_term(const TermImpl& term, NativeCons& record) {
@@ -60,7 +60,7 @@ void append_nonlinear_term(const TermImpl& term, NativeCons& record) {
     refuse_negated(literal);
     record.nl_vars.push_back(literal);
   }
-  record.nl_coeffs.push_back(term.coeff);
+  record.nl_coeffs.emplace_back(term.coeff);
   record.nl_head.push_back(record.nl_vars.size());
 }
 
@@ -82,7 +82,7 @@ NativeCons linear_record(const ConstraintItem& item) {
   record.vars.reserve(entry.body->list.size());
   record.coeffs.reserve(entry.body->list.size());
   entry.body->list.for_each([&](const TermImpl& term) {
-    const uint32_t degree = degree_of(term.vars);
+    const uint32_t degree = term.vars.degree();
     if (degree > 1) {
       fatal("Model: native constraints require a linear body (degree >= 2 term found)");
     }
@@ -96,7 +96,7 @@ NativeCons nonlinear_record(const ConstraintItem& item) {
   NativeCons record = record_without_body(item);
   record.nl_head.push_back(0);
   item.constraint->body->list.for_each([&](const TermImpl& term) {
-    const uint32_t degree = degree_of(term.vars);
+    const uint32_t degree = term.vars.degree();
     if (degree == 1) append_linear_term(term, record);
     if (degree > 1) append_nonlinear_term(term, record);
   });

@@ -48,7 +48,7 @@ void add_term(const TermImpl& term, const ModelValues& at, CoeffSum& sum) {
     sum += term.coeff;
     return;
   }
-  coeff_t product = term.coeff;
+  auto product = coeff_t(term.coeff);
   for (const uint32_t literal : term.vars) {
     if (is_atom(literal)) product *= *at.value_of_atom(literal);
   }

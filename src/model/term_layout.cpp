@@ -40,9 +40,9 @@ void size_table(uint64_t n, std::vector<T>& table) {
 TermLayout::TermLayout(const TermList& terms)
     : terms_(terms), threads_(par_threads(terms.count)), chunking_(terms.count, threads_) {
   if (terms_.count > 0) {
-    max_degree_ = degree_of(terms_.terms[terms_.count - 1].vars);
+    max_degree_ = terms_.terms[terms_.count - 1].vars.degree();
   } else if (terms_.has_first()) {
-    max_degree_ = degree_of(terms_.first.vars);
+    max_degree_ = terms_.first.vars.degree();
   }
   rows_.assign(row_count() * (max_degree_ + kRowGap), 0);
 }
@@ -56,7 +56,7 @@ void TermLayout::for_each_row(Visit visit) {
 }
 
 const char* TermLayout::count_term(const VarList& vars, uint64_t* row, UsedVariables& used) const {
-  const uint32_t degree = degree_of(vars);
+  const uint32_t degree = vars.degree();
   if (degree == 0) return nullptr;
   // The table has no column for it: a longer term before the last one means unsorted terms.
   if (degree > max_degree_) return kUnsortedText;
@@ -108,11 +108,10 @@ void TermLayout::allocate(ModelImpl& m) {
 void TermLayout::fill(ModelImpl& m) {
   for_each_row([&](uint64_t* row, const TermImpl* term, const TermImpl* end) {
     for (; term != end; ++term) {
-      const uint32_t degree = degree_of(term->vars);
+      const uint32_t degree = term->vars.degree();
       if (degree == 0) continue;
       const uint64_t t = row[degree - 1]++;
-      // The zero that it overwrites owns nothing.
-      construct_copy(&m.term_coeffs[degree - 1][t], term->coeff);
+      m.term_coeffs[degree - 1][t] = coeff_t(term->coeff);
       copy_literals(term->vars, degree, &m.term_vars[degree - 1][t * degree]);
     }
   });

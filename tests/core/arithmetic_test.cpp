@@ -12,7 +12,7 @@ namespace {
 
 // Every term written out, slot by slot, the constant first.
 std::string slots(const ExprImpl& e) {
-  std::string line = e.constant.str();
+  std::string line = coeff_t(e.constant).str();
   for (uint64_t i = 0; i < e.list.size(); ++i) {
     line += " | ";
     append_text(line, e.list[i]);

@@ -85,9 +85,9 @@ TEST_F(Evaluate, GcdTakesInTheConstantAndEveryCoefficient) {
   for (int round = 0; round < 200; ++round) {
     const coeff_t factor = troublesome(random);
     const ExprImpl e = factor * random_sum(random, {a, b}, below(random, 4), 2);
-    coeff_t p = abs(e.constant);
+    coeff_t p = abs(coeff_t(e.constant));
     e.list.for_each([&](const TermImpl& t) {
-      for (coeff_t q = abs(t.coeff); q != 0;) p = std::exchange(q, coeff_t(p % q));
+      for (coeff_t q = abs(coeff_t(t.coeff)); q != 0;) p = std::exchange(q, coeff_t(p % q));
     });
     EXPECT_EQ(coefficient_gcd(e), p) << text(e);
   }

@@ -18,7 +18,6 @@ VarList list_of(const std::vector<uint32_t>& v) {
 
 void expect_list(const VarList& list, const std::vector<uint32_t>& expected) {
   EXPECT_EQ(list.degree(), expected.size());
-  EXPECT_EQ(list.degree_capped_at_3(), std::min<size_t>(3, expected.size()));
   std::vector<uint32_t> walked;
   for (const uint32_t literal : list) walked.push_back(literal);
   EXPECT_EQ(walked, expected);
@@ -88,11 +87,45 @@ TEST(VarList, TakesHeadPairsAndOverflowBlocks) {
   VarList adopted = VarList::adopt(full, empty);
   EXPECT_EQ(adopted.degree(), 2u);
   EXPECT_EQ(adopted, VarList(1, 2));
-  EXPECT_EQ(VarList(adopted).overflow(), nullptr);
+  EXPECT_EQ(adopted.overflow(), nullptr);
   adopted.append(3);
-  EXPECT_EQ(adopted.overflow(), empty);  // it had room for one literal
   adopted.append(4);
   expect_list(adopted, {1, 2, 3, 4});
+  EXPECT_EQ(std::vector<uint32_t>(adopted.overflow(), adopted.overflow() + 3),
+            (std::vector<uint32_t>{3, 4, kNoLiteral}));
+}
+
+// Callers hand over literals unchecked. Some second literals look like the mark of a block.
+TEST(VarList, KeepsEveryPairOfBits) {
+  const uint32_t halves[] = {0,          1,          0x7FFFFFFF, 0x80000000,
+                             0xBFFFFFFF, 0xC0000000, 0xC0000001, 0xC0007FFF,
+                             0xC000FFFF, 0xC0010000, 0xFFFFFFFE, kNoLiteral};
+  for (const uint32_t low : halves) {
+    for (const uint32_t high : halves) {
+      const uint64_t pair = low | uint64_t{high} << 32;
+      const uint32_t degree = low == kNoLiteral ? 0 : high == kNoLiteral ? 1 : 2;
+      VarList list = VarList::copy_of(pair, nullptr);
+      const VarList copy = list;
+      for (const VarList* each : {static_cast<const VarList*>(&list), &copy}) {
+        ASSERT_EQ(each->degree(), degree);
+        ASSERT_EQ(each->head_pair(), pair);
+        ASSERT_EQ((*each)[0], low);
+        ASSERT_EQ((*each)[1], high);
+        ASSERT_EQ(each->overflow(), nullptr);
+      }
+      ASSERT_EQ(list, copy);
+      ASSERT_FALSE(list == VarList::copy_of(pair ^ 1, nullptr));
+      if (degree == 0) continue;
+      std::vector<uint32_t> expected = {low, high};
+      expected.resize(degree);
+      for (const uint32_t more : {5u, 0xC0000001u, 6u}) {
+        list.append(more);
+        expected.push_back(more);
+        expect_list(list, expected);
+      }
+      expect_list(VarList::concat(VarList(low), VarList(0xC0000001)), {low, 0xC0000001});
+    }
+  }
 }
 
 }  // namespace

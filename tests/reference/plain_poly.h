@@ -44,9 +44,9 @@ enum class Reading { kBinary, kSpin };
 // value_of(literal) for every literal as it stands.
 template <typename ValueOf>
 coeff_t plain_value_by(const ExprImpl& e, ValueOf value_of) {
-  coeff_t sum = e.constant;
+  auto sum = coeff_t(e.constant);
   e.list.for_each([&](const TermImpl& t) {
-    coeff_t product = t.coeff;
+    auto product = coeff_t(t.coeff);
     for (const uint32_t literal : t.vars) product *= value_of(literal);
     sum += product;
   });

@@ -24,7 +24,7 @@ inline ::testing::AssertionResult same_terms(const ExprImpl& a, const ExprImpl& 
 }
 
 inline PlainPoly plain_as_binary(const ExprImpl& e) {
-  PlainPoly poly = {{{}, e.constant}};
+  PlainPoly poly = {{{}, coeff_t(e.constant)}};
   e.list.for_each([&](const TermImpl& t) {
     std::vector<uint32_t> literals = literals_of_term(t), kept;
     std::sort(literals.begin(), literals.end(), key_less);
@@ -35,8 +35,8 @@ inline PlainPoly plain_as_binary(const ExprImpl& e) {
         return;  // x*~x
       }
     }
-    PlainPoly expanded = {{{}, t.coeff}};
-    if (kept.size() > 2) expanded = {{kept, t.coeff}};
+    PlainPoly expanded = {{{}, coeff_t(t.coeff)}};
+    if (kept.size() > 2) expanded = {{kept, coeff_t(t.coeff)}};
     for (size_t i = 0; i < kept.size() && kept.size() <= 2; ++i) {
       PlainPoly longer;
       for (const auto& [vars, c] : expanded) {
@@ -54,9 +54,9 @@ inline PlainPoly plain_as_binary(const ExprImpl& e) {
 }
 
 inline PlainPoly plain_as_spin(const ExprImpl& e) {
-  PlainPoly poly = {{{}, e.constant}};
+  PlainPoly poly = {{{}, coeff_t(e.constant)}};
   e.list.for_each([&](const TermImpl& t) {
-    coeff_t c = t.coeff;
+    auto c = coeff_t(t.coeff);
     std::set<uint32_t> odd;  // variables that stand there an odd number of times
     for (const uint32_t literal : literals_of_term(t)) {
       if (is_negated(literal)) c = -c;
@@ -142,11 +142,11 @@ inline PlainPoly plain_reduce(const ExprImpl& e, uint32_t& next) {
     for (const uint32_t literal : literals_of_term(t)) literals = literals + var(literal);
     if (degree <= 2) {
       add_poly(sum, ExprImpl(t));
-    } else if (t.coeff < 0) {
-      add_poly(sum, t.coeff * (var(next++) * (literals - (degree - 1))));
+    } else if (is_negative(t.coeff)) {
+      add_poly(sum, coeff_t(t.coeff) * (var(next++) * (literals - (degree - 1))));
     } else {
       const ExprImpl distance = literals - plain_slack(0, degree - 2, next);
-      ExprImpl p = expr_simplify_as_binary(t.coeff * (distance * (distance - 1)));
+      ExprImpl p = expr_simplify_as_binary(coeff_t(t.coeff) * (distance * (distance - 1)));
       idiv_int(p, 2);
       add_poly(sum, p);
     }
