@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <type_traits>
@@ -16,6 +17,22 @@ namespace zorv {
 namespace {
 
 constexpr uint64_t kHugePageBytes = uint64_t{2} << 20;
+constexpr uint64_t kMaxBytes = PTRDIFF_MAX;  // of any object
+
+uint64_t configured_bytes() {
+  uint64_t mib = kKeptMib;
+  if (const char* text = std::getenv("ZORV_KEPT_MIB")) {
+    char* end;
+    const unsigned long long n = std::strtoull(text, &end, 10);
+    if (end != text) mib = n;
+  }
+  return std::min(mib, kMaxBytes >> 20) << 20;
+}
+
+uint64_t most_kept_bytes() {
+  static const uint64_t bytes = configured_bytes();
+  return bytes;
+}
 
 // The kept blocks, oldest first. Never destroyed: lists of static lifetime may still give blocks
 // back while the process ends.
@@ -43,7 +60,7 @@ struct KeptBlocks {
     bytes += block.bytes;
   }
   bool has_room_for(Block block) const ZORV_REQUIRES(mutex) {
-    return count < kMaxKeptBlocks && bytes + block.bytes <= kMaxKeptBytes;
+    return count < kMaxKeptBlocks && bytes + block.bytes <= most_kept_bytes();
   }
 };
 static_assert(std::is_trivially_destructible_v<KeptBlocks>);
@@ -72,6 +89,7 @@ Block acquire_block(uint64_t bytes) {
   if (bytes < kLargeBlockBytes) return resize_block({}, bytes);
   const Block kept = find_kept(bytes);
   if (kept.data != nullptr) return kept;
+  if (bytes > kMaxBytes - kHugePageBytes) throw std::bad_alloc();
   // A page fault then clears 2 MiB instead of 4 KiB.
   void* const fresh = std::aligned_alloc(kHugePageBytes, bytes + (-bytes & (kHugePageBytes - 1)));
   if (fresh == nullptr) throw std::bad_alloc();
@@ -86,7 +104,9 @@ Block resize_block(Block block, uint64_t bytes) {
 }
 
 void release_block(Block block) {
-  if (block.bytes < kLargeBlockBytes || block.bytes > kMaxKeptBytes) return std::free(block.data);
+  if (block.bytes < kLargeBlockBytes || block.bytes > most_kept_bytes()) {
+    return std::free(block.data);
+  }
   offer_pages(block);
   KeptBlocks& kept = KeptBlocks::instance();
   std::array<Block, kMaxKeptBlocks> dropped;
@@ -97,6 +117,12 @@ void release_block(Block block) {
     kept.keep(block);
   }
   for (size_t i = 0; i < drops; ++i) std::free(dropped[i].data);
+}
+
+uint64_t kept_bytes() {
+  KeptBlocks& kept = KeptBlocks::instance();
+  const MutexLock lock(kept.mutex);
+  return kept.bytes;
 }
 
 }  // namespace zorv

@@ -132,14 +132,6 @@ VarList literals_of(const NormalTerm& term) {
   return VarList(literals.data(), term.degree);
 }
 
-uint64_t packed_key(const NormalTerm& term, const ClassSlots& slots) {
-  uint64_t packed = 0;
-  for (uint32_t i = 0; i < term.degree; ++i) {
-    packed = packed << slots.key_bits | term.key(i) >> slots.key_shift;
-  }
-  return packed;
-}
-
 uint64_t place_runs(std::vector<ChunkRuns>& chunks, ClassSlots (&classes)[kDegreeClasses]) {
   uint64_t next = 0;
   for (uint32_t c = 1; c < kDegreeClasses; ++c) {

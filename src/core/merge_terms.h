@@ -96,7 +96,6 @@ static_assert(sizeof(PackedTerm) == sizeof(TermImpl));
 // Assigns slots to the runs of all chunks; returns how many there are.
 uint64_t place_runs(std::vector<ChunkRuns>& chunks, ClassSlots (&classes)[kDegreeClasses]);
 VarList literals_of(const NormalTerm& term);
-uint64_t packed_key(const NormalTerm& term, const ClassSlots& slots);
 // Brings every class to its final form; returns how many terms remain, from slot 0 on.
 uint64_t settle(TermList& list, ClassSlots (&classes)[kDegreeClasses]);
 // Adds the carries of `chunks` to their slots.
@@ -113,6 +112,14 @@ struct ExtraRule {
     return true;
   }
 };
+
+inline uint64_t packed_key(const NormalTerm& term, const ClassSlots& slots) {
+  uint64_t packed = 0;
+  for (uint32_t i = 0; i < term.degree; ++i) {
+    packed = packed << slots.key_bits | term.key(i) >> slots.key_shift;
+  }
+  return packed;
+}
 
 inline void add_signed(CompactCoeff& sum, const CompactCoeff& c, bool is_negated) {
   if (is_negated) {

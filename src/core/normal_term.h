@@ -12,14 +12,15 @@ namespace zorv {
 // Literals as sort keys. Terms of more than a few are rare.
 using Keys = boost::container::small_vector<uint32_t, 8>;
 
-// Sorted literals as sort keys: the first two packed in one word, so that a term of degree 2 or
-// less is compared by one instruction; the rest in `tail`, which means something from degree 3 on
-// only. An unused half of the word is all ones.
+// Sorted literals as sort keys: the first four packed in two words, so that nearly all terms are
+// copied and compared by a few instructions; the others, from degree 5 on, in `rest`. The words
+// that a degree does not reach mean nothing, and an unused half of one is all ones.
 struct NormalTerm {
   bool is_negated = false;  // the coefficient is minus that of the source
   uint32_t degree = 0;
   uint64_t head = ~uint64_t{0};
-  Keys tail;
+  uint64_t second = ~uint64_t{0};
+  Keys rest;
 
   NormalTerm() = default;
   NormalTerm(const NormalTerm& other) { *this = other; }
@@ -27,68 +28,66 @@ struct NormalTerm {
     is_negated = other.is_negated;
     degree = other.degree;
     head = other.head;
-    if (degree > 2) tail = other.tail;
+    second = other.second;
+    if (degree > 4) rest = other.rest;
     return *this;
   }
 
   void set() { degree = 0; }
   void set(uint32_t key) {
     degree = 1;
-    head = static_cast<uint64_t>(key) << 32 | 0xFFFFFFFFu;
+    head = pack(key, kNone);
   }
   void set(uint32_t low_key, uint32_t high_key) {
     degree = 2;
-    head = static_cast<uint64_t>(low_key) << 32 | high_key;
+    head = pack(low_key, high_key);
+  }
+  // The lowest `n` keys, 3 or 4 of them, which ascend; the last counts only as the fourth.
+  void set(uint32_t n, uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
+    degree = n;
+    head = pack(a, b);
+    second = pack(c, n == 3 ? kNone : d);
   }
   // `keys` is sorted.
   void set(const Keys& keys);
 
   uint32_t key(uint32_t i) const {
-    if (i < 2) return static_cast<uint32_t>(i == 0 ? head >> 32 : head);
-    return tail[i - 2];
+    if (i >= 4) return rest[i - 4];
+    const uint64_t word = i < 2 ? head : second;
+    return static_cast<uint32_t>(i % 2 == 0 ? word >> 32 : word);
   }
+
+ private:
+  static constexpr uint32_t kNone = 0xFFFFFFFF;
+  static uint64_t pack(uint32_t low, uint32_t high) { return uint64_t{low} << 32 | high; }
 };
 
 inline void NormalTerm::set(const Keys& keys) {
-  switch (keys.size()) {
-    case 0:
-      return set();
-    case 1:
-      return set(keys[0]);
-    case 2:
-      return set(keys[0], keys[1]);
-    default:
-      set(keys[0], keys[1]);
-      degree = static_cast<uint32_t>(keys.size());
-      tail.assign(keys.begin() + 2, keys.end());
-  }
+  const auto n = static_cast<uint32_t>(keys.size());
+  if (n < 3) return n == 0 ? set() : n == 1 ? set(keys[0]) : set(keys[0], keys[1]);
+  set(n, keys[0], keys[1], keys[2], n == 3 ? kNone : keys[3]);
+  if (n > 4) rest.assign(keys.begin() + 4, keys.end());
 }
 
 inline bool same_literals(const NormalTerm& a, const NormalTerm& b) {
-  return a.head == b.head && a.degree == b.degree && (a.degree < 3 || a.tail == b.tail);
+  return a.head == b.head && a.degree == b.degree && (a.degree < 3 || a.second == b.second) &&
+         (a.degree < 5 || a.rest == b.rest);
 }
 
 // Term order.
 inline bool precedes(const NormalTerm& a, const NormalTerm& b) {
   if (a.degree != b.degree) return a.degree < b.degree;
-  if (a.head != b.head) return a.head < b.head;
-  return a.degree > 2 && a.tail < b.tail;
+  if (a.head != b.head || a.degree < 3) return a.head < b.head;
+  if (a.second != b.second || a.degree < 5) return a.second < b.second;
+  return a.rest < b.rest;
 }
 
-// Without a branch for the short lists that most terms have: their order is as good as random.
-inline void sort_keys(Keys& keys) {
-  const auto order = [&](size_t i, size_t j) {
-    const uint32_t low = std::min(keys[i], keys[j]), high = std::max(keys[i], keys[j]);
-    keys[i] = low;
-    keys[j] = high;
-  };
-  if (keys.size() == 3) {
-    order(0, 1), order(1, 2), order(0, 1);
-  } else if (keys.size() == 4) {
-    order(0, 1), order(2, 3), order(0, 2), order(1, 3), order(1, 2);
-  } else {
-    std::sort(keys.begin(), keys.end());
-  }
+// Brings two keys, and thereby short lists, in order without a branch: as good as random, it would
+// be guessed wrong half of the time.
+inline void order_keys(uint32_t& a, uint32_t& b) {
+  const uint32_t low = std::min(a, b), high = std::max(a, b);
+  a = low;
+  b = high;
 }
 
 // The literals of `vars` as sort keys, sorted, in `keys`.
@@ -96,7 +95,7 @@ inline void load_sorted_keys(const VarList& vars, Keys& keys) {
   const uint32_t degree = vars.degree();
   keys.resize(degree, boost::container::default_init);
   for (uint32_t i = 0; i < degree; ++i) keys[i] = sort_key(vars[i]);
-  sort_keys(keys);
+  std::sort(keys.begin(), keys.end());
 }
 
 // Takes equal neighbours away two by two: of an odd number one is left, of an even number none.

@@ -8,6 +8,7 @@ namespace zorv {
 namespace {
 
 constexpr uint32_t kNegatedKey = 1;
+constexpr uint32_t kNoKey = 0xFFFFFFFF;  // behind all others
 
 bool is_negated_key(uint32_t key) { return (key & kNegatedKey) != 0; }
 bool is_atom_key(uint32_t key) { return is_atom(literal_of_key(key)); }
@@ -31,6 +32,9 @@ class BinaryRule {
         const uint32_t b = sort_key(term.vars[1]);
         return quadratic(std::min(a, b), std::max(a, b), term.coeff, normal, side);
       }
+      case 3:
+      case 4:
+        return cubic_or_quartic(term, normal, side);
       default:
         return higher(term, normal, side);
     }
@@ -70,6 +74,20 @@ class BinaryRule {
       side.extras.push_back({-c, variable_of_key(a)});
       side.extras.push_back({-c, variable_of_key(b)});
     }
+  }
+
+  // Most terms of these degrees have different variables, and then only their order changes.
+  bool cubic_or_quartic(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
+    const uint32_t n = term.vars.degree();
+    const uint32_t* const more = term.vars.overflow();
+    uint32_t a = sort_key(term.vars[0]), b = sort_key(term.vars[1]), c = sort_key(more[0]);
+    uint32_t d = n == 3 ? kNoKey : sort_key(more[1]);
+    order_keys(a, b), order_keys(c, d), order_keys(a, c), order_keys(b, d), order_keys(b, c);
+    if (same_variable(a, b) || same_variable(b, c) || (n == 4 && same_variable(c, d))) {
+      return higher(term, normal, side);
+    }
+    normal.set(n, a, b, c, d);
+    return true;
   }
 
   // Powers collapse and a variable beside its complement makes the term vanish. What is left of

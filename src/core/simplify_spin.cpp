@@ -33,7 +33,7 @@ class SpinRule {
       default:
         keys_.clear();
         for (const uint32_t literal : term.vars) keys_.push_back(spin_key(literal, normal));
-        sort_keys(keys_);
+        std::sort(keys_.begin(), keys_.end());
         cancel_pairs(keys_);
         normal.set(keys_);
     }

@@ -17,8 +17,9 @@ constexpr uint32_t kMaxDegree = UINT32_MAX - 8;
 constexpr uint32_t room_for(uint32_t degree) { return ((degree + 3) & ~3u) + 2; }
 
 uint32_t* resize_block(uint32_t* block, uint32_t degree) {
+  const uint64_t bytes = sizeof(uint32_t) * uint64_t{room_for(degree)};
   auto* resized =
-      static_cast<uint32_t*>(std::realloc(block, sizeof(uint32_t) * uint64_t{room_for(degree)}));
+      static_cast<uint32_t*>(block == nullptr ? std::malloc(bytes) : std::realloc(block, bytes));
   if (resized == nullptr) throw std::bad_alloc();
   resized[0] = degree;
   resized[1 + degree] = kNoLiteral;
@@ -33,11 +34,6 @@ uint32_t run_length(const uint32_t* run) {
 
 }  // namespace
 
-void VarList::append_behind_pair(const uint32_t* literals, uint32_t n) {
-  uint32_t* const to = grow(n);
-  for (uint32_t i = 2; i < n; ++i) to[i] = literals[i];  // few: not worth a call
-}
-
 VarList& VarList::operator=(VarList&& other) noexcept {
   if (this == &other) return *this;
   if (is_block()) free_block();
@@ -47,18 +43,22 @@ VarList& VarList::operator=(VarList&& other) noexcept {
 
 void VarList::free_block() { std::free(block()); }
 
-uint64_t VarList::block_of_pair(uint64_t head_pair) {
-  uint32_t* const made = resize_block(nullptr, 2);
-  std::memcpy(made + 1, &head_pair, sizeof(head_pair));
-  if (made[1] == kNoLiteral) made[0] = 0;
+uint64_t VarList::block_of(const uint32_t* literals, uint32_t n) {
+  uint32_t* const made = resize_block(nullptr, n);
+  for (uint32_t i = 0; i < n; ++i) made[1 + i] = literals[i];  // few: not worth a call
   return reinterpret_cast<uintptr_t>(made) | kBlockMark << 48;
 }
 
+uint64_t VarList::block_of_pair(uint64_t head_pair) {
+  const uint32_t literals[] = {static_cast<uint32_t>(head_pair),
+                               static_cast<uint32_t>(head_pair >> 32)};
+  const uint64_t word = block_of(literals, 2);
+  if (literals[0] == kNoLiteral) *VarList::block(word) = 0;
+  return word;
+}
+
 uint64_t VarList::copied_block() const {
-  if (degree() <= 2) return block_of_pair(head_pair());
-  uint32_t* const made = resize_block(nullptr, degree());
-  std::memcpy(made + 1, block() + 1, degree() * sizeof(uint32_t));
-  return reinterpret_cast<uintptr_t>(made) | kBlockMark << 48;
+  return degree() <= 2 ? block_of_pair(head_pair()) : block_of(block() + 1, degree());
 }
 
 bool VarList::has_same_block(const VarList& other) const {

@@ -26,9 +26,9 @@ class VarList {
   // `a` may be kNoLiteral; `b` then goes to the first slot.
   VarList(uint32_t a, uint32_t b) : VarList(a == kNoLiteral ? pair(b, a) : pair(a, b)) {}
   VarList(const uint32_t* literals, uint32_t n)
-      : VarList(pair(n > 0 ? literals[0] : kNoLiteral, n > 1 ? literals[1] : kNoLiteral)) {
-    if (n > 2) append_behind_pair(literals, n);
-  }
+      : word_(n > 2 ? block_of(literals, n)
+                    : word_of(pair(n > 0 ? literals[0] : kNoLiteral,
+                                   n > 1 ? literals[1] : kNoLiteral))) {}
   VarList(const VarList& other) : word_(other.is_block() ? other.copied_block() : other.word_) {}
   VarList(VarList&& other) noexcept : word_(std::exchange(other.word_, kEmpty)) {}
   VarList& operator=(const VarList& other) { return *this = VarList(other); }
@@ -78,7 +78,8 @@ class VarList {
   static constexpr uint64_t kBlockMark = 0xC000;  // negated and an atom, which no literal is
 
   static uint64_t pair(uint32_t a, uint32_t b) { return a | uint64_t{b} << 32; }
-  bool is_block() const { return word_ >> 48 == kBlockMark; }
+  static bool is_block(uint64_t word) { return word >> 48 == kBlockMark; }
+  bool is_block() const { return is_block(word_); }
   bool is_single() const {
     return word_ >> 32 == kNoLiteral && static_cast<uint32_t>(word_) != kNoLiteral;
   }
@@ -86,18 +87,22 @@ class VarList {
     if (static_cast<uint32_t>(word_) == kNoLiteral) return 0;
     return word_ >> 32 == kNoLiteral ? 1 : 2;
   }
-  uint32_t* block() const { return reinterpret_cast<uint32_t*>(word_ & ~(kBlockMark << 48)); }
+  static uint32_t* block(uint64_t word) {
+    return reinterpret_cast<uint32_t*>(word & ~(kBlockMark << 48));
+  }
+  uint32_t* block() const { return block(word_); }
 
   // As it stands.
-  explicit VarList(uint64_t head_pair) : word_(head_pair) {
-    if (is_block()) word_ = block_of_pair(head_pair);
-  }
+  explicit VarList(uint64_t head_pair) : word_(word_of(head_pair)) {}
   static VarList concat_any(const VarList& a, const VarList& b);
+  static uint64_t word_of(uint64_t head_pair) {
+    return is_block(head_pair) ? block_of_pair(head_pair) : head_pair;
+  }
   static uint64_t block_of_pair(uint64_t head_pair);
+  static uint64_t block_of(const uint32_t* literals, uint32_t n);
   uint64_t copied_block() const;
   bool has_same_block(const VarList& other) const;
   void free_block();
-  void append_behind_pair(const uint32_t* literals, uint32_t n);
   // Makes this a list of `degree` literals, 3 or more, the first ones as they are.
   uint32_t* grow(uint32_t degree);
 
