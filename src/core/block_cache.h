@@ -4,9 +4,9 @@
 // and clear every page. Measured for a block of 384 MB, on the kind of machine that this is
 // developed on: 0.13 to 0.5 s to fill a fresh one, 0.03 s to fill it again. A product and its
 // simplified form, one after the other, are of much the same size, so a few large blocks that were
-// just freed are kept for the next list, up to a bound that ZORV_KEPT_MIB sets. The kernel is told that it may take
-// their pages whenever it needs them (0.04 s, less than unmapping costs), so what is kept is no
-// burden to the machine; pages that it took are merely fresh again.
+// just freed are kept for the next list, up to a bound that ZORV_KEPT_MIB sets. The kernel is told
+// that it may take their pages whenever it needs them (0.04 s, less than unmapping costs), so what
+// is kept is no burden to the machine; pages that it took are merely fresh again.
 #pragma once
 
 #include <cstdint>

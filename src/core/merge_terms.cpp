@@ -149,7 +149,7 @@ uint64_t place_runs(std::vector<ChunkRuns>& chunks, ClassSlots (&classes)[kDegre
       const bool follows =
           previous == nullptr || runs.joins || precedes(previous->last, runs.first);
       slots.ascend = slots.ascend && runs.ascend && follows;
-      used_bits |= runs.used_bits;
+      used_bits |= NormalTerm::used_bits(c, runs.used_head, runs.used_second, runs.used_rest);
       previous = &runs;
     }
     if (count == 0) continue;

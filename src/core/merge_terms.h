@@ -58,7 +58,8 @@ struct Runs {
   uint64_t count = 0;
   bool ascend = true;
   NormalTerm first, last;
-  uint32_t used_bits = 0;  // of all keys, or-ed
+  uint64_t used_head = 0, used_second = 0;  // or-ed, for NormalTerm::used_bits
+  uint32_t used_rest = 0;
   // Where the runs go. With `joins` the first run belongs to the slot before `begin`.
   uint64_t begin = 0;
   bool joins = false;
@@ -184,7 +185,7 @@ void count_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule,
                             [&](const TermImpl&, uint64_t head) { used |= head; }) -
           from);
       pairs.count += stretch;
-      pairs.used_bits |= static_cast<uint32_t>(used) | static_cast<uint32_t>(used >> 32);
+      pairs.used_head |= used;
       i += stretch;
       if (i == end) break;
     }
@@ -204,7 +205,9 @@ void count_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule,
     }
     ++runs.count;
     runs.last = normal;
-    for (uint32_t i = 0; i < normal.degree; ++i) runs.used_bits |= normal.key(i);
+    runs.used_head |= normal.head;
+    runs.used_second |= normal.second;
+    for (uint32_t i = 4; i < normal.degree; ++i) runs.used_rest |= normal.key(i);
   }
 }
 

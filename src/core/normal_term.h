@@ -51,6 +51,18 @@ struct NormalTerm {
   // `keys` is sorted.
   void set(const Keys& keys);
 
+  // The bits of all keys, or-ed: those of a term of this degree whose words are given, or-ed over
+  // many if need be, and of its other keys.
+  static uint32_t used_bits(uint32_t degree, uint64_t head, uint64_t second, uint32_t rest) {
+    const auto both = [](uint64_t word) {
+      return static_cast<uint32_t>(word >> 32) | static_cast<uint32_t>(word);
+    };
+    if (degree == 1) return static_cast<uint32_t>(head >> 32);
+    if (degree == 2) return both(head);
+    if (degree == 3) return both(head) | static_cast<uint32_t>(second >> 32);
+    return both(head) | both(second) | rest;
+  }
+
   uint32_t key(uint32_t i) const {
     if (i >= 4) return rest[i - 4];
     const uint64_t word = i < 2 ? head : second;
@@ -85,9 +97,9 @@ inline bool precedes(const NormalTerm& a, const NormalTerm& b) {
 // Brings two keys, and thereby short lists, in order without a branch: as good as random, it would
 // be guessed wrong half of the time.
 inline void order_keys(uint32_t& a, uint32_t& b) {
-  const uint32_t low = std::min(a, b), high = std::max(a, b);
-  a = low;
-  b = high;
+  const uint32_t swapped = (a ^ b) & (0u - static_cast<uint32_t>(b < a));
+  a ^= swapped;
+  b ^= swapped;
 }
 
 // The literals of `vars` as sort keys, sorted, in `keys`.

@@ -79,34 +79,51 @@ class BinaryRule {
   // Most terms of these degrees have different variables, and then only their order changes.
   bool cubic_or_quartic(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
     const uint32_t n = term.vars.degree();
-    const uint32_t* const more = term.vars.overflow();
-    uint32_t a = sort_key(term.vars[0]), b = sort_key(term.vars[1]), c = sort_key(more[0]);
-    uint32_t d = n == 3 ? kNoKey : sort_key(more[1]);
+    uint32_t a = sort_key(term.vars[0]), b = sort_key(term.vars[1]), c = sort_key(term.vars[2]);
+    uint32_t d = n == 3 ? kNoKey : sort_key(term.vars[3]);
     order_keys(a, b), order_keys(c, d), order_keys(a, c), order_keys(b, d), order_keys(b, c);
-    if (same_variable(a, b) || same_variable(b, c) || (n == 4 && same_variable(c, d))) {
-      return higher(term, normal, side);
+    if (!same_variable(a, b) && !same_variable(b, c) && (n == 3 || !same_variable(c, d))) {
+      normal.set(n, a, b, c, d);
+      return true;
     }
-    normal.set(n, a, b, c, d);
+    uint32_t keys[] = {a, b, c, d};
+    uint32_t kept = n;
+    if (!collapse(keys, kept)) return false;
+    if (kept < 3) return low(keys, kept, term.coeff, normal, side);
+    normal.set(kept, keys[0], keys[1], keys[2], keys[3]);
+    return true;
+  }
+
+  bool higher(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
+    load_sorted_keys(term.vars, keys_);
+    auto kept = static_cast<uint32_t>(keys_.size());
+    if (!collapse(keys_.data(), kept)) return false;
+    if (kept < 3) return low(keys_.data(), kept, term.coeff, normal, side);
+    keys_.resize(kept);
+    normal.set(keys_);
     return true;
   }
 
   // Powers collapse and a variable beside its complement makes the term vanish. What is left of
   // degree 3 and more keeps its negated literals.
-  bool higher(const TermImpl& term, NormalTerm& normal, SideEffects* side) {
-    load_sorted_keys(term.vars, keys_);
-    size_t kept = 0;
-    for (const uint32_t key : keys_) {
-      if (kept > 0 && same_variable(keys_[kept - 1], key) && !is_atom_key(key)) {
-        if (keys_[kept - 1] != key) return false;
+  static bool collapse(uint32_t* keys, uint32_t& n) {
+    uint32_t kept = 0;
+    for (uint32_t i = 0; i < n; ++i) {
+      const uint32_t key = keys[i];
+      if (kept > 0 && same_variable(keys[kept - 1], key) && !is_atom_key(key)) {
+        if (keys[kept - 1] != key) return false;
         continue;
       }
-      keys_[kept++] = key;
+      keys[kept++] = key;
     }
-    keys_.resize(kept);
-    if (kept == 1) return linear(keys_[0], term.coeff, normal, side);
-    if (kept == 2) return quadratic(keys_[0], keys_[1], term.coeff, normal, side);
-    normal.set(keys_);
+    n = kept;
     return true;
+  }
+
+  // What has collapsed to one or two literals.
+  bool low(const uint32_t* keys, uint32_t n, const CompactCoeff& c, NormalTerm& normal,
+           SideEffects* side) {
+    return n == 1 ? linear(keys[0], c, normal, side) : quadratic(keys[0], keys[1], c, normal, side);
   }
 
   Keys keys_;

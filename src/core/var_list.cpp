@@ -26,6 +26,12 @@ uint32_t* resize_block(uint32_t* block, uint32_t degree) {
   return resized;
 }
 
+uint32_t* new_block(const uint32_t* literals, uint32_t n) {
+  uint32_t* const made = resize_block(nullptr, n);
+  for (uint32_t i = 0; i < n; ++i) made[1 + i] = literals[i];  // few: not worth a call
+  return made;
+}
+
 uint32_t run_length(const uint32_t* run) {
   uint32_t n = 0;
   while (run[n] != kNoLiteral) ++n;
@@ -41,53 +47,82 @@ VarList& VarList::operator=(VarList&& other) noexcept {
   return *this;
 }
 
-void VarList::free_block() { std::free(block()); }
-
-uint64_t VarList::block_of(const uint32_t* literals, uint32_t n) {
-  uint32_t* const made = resize_block(nullptr, n);
-  for (uint32_t i = 0; i < n; ++i) made[1 + i] = literals[i];  // few: not worth a call
-  return reinterpret_cast<uintptr_t>(made) | kBlockMark << 48;
-}
+void VarList::free_block() { std::free(block(word_)); }
 
 uint64_t VarList::block_of_pair(uint64_t head_pair) {
   const uint32_t literals[] = {static_cast<uint32_t>(head_pair),
                                static_cast<uint32_t>(head_pair >> 32)};
-  const uint64_t word = block_of(literals, 2);
-  if (literals[0] == kNoLiteral) *VarList::block(word) = 0;
-  return word;
+  uint32_t* const made = new_block(literals, 2);
+  if (literals[0] == kNoLiteral) made[0] = 0;
+  return reinterpret_cast<uintptr_t>(made) | kBlock << 48;
+}
+
+uint64_t VarList::long_word(const uint32_t* literals, uint32_t n) {
+  if (n <= kMostPacked) {
+    const uint32_t bits = key_bits(n);
+    uint64_t packed = 0;
+    uint32_t used = 0;
+    for (uint32_t i = n; i-- > 0;) {
+      const uint32_t key = sort_key(literals[i]);
+      used |= key;
+      packed = packed << bits | key;
+    }
+    if (used >> bits == 0) return packed | (kBlock + n) << 48;
+  }
+  return reinterpret_cast<uintptr_t>(new_block(literals, n)) | kBlock << 48;
 }
 
 uint64_t VarList::copied_block() const {
-  return degree() <= 2 ? block_of_pair(head_pair()) : block_of(block() + 1, degree());
+  const uint32_t n = degree();
+  if (n <= 2) return block_of_pair(head_pair());
+  // As a copy it may be packed again.
+  return long_word(overflow() - 2, n);
 }
 
-bool VarList::has_same_block(const VarList& other) const {
-  return degree() == other.degree() && head_pair() == other.head_pair() &&
-         (degree() <= 2 ||
-          std::memcmp(overflow(), other.overflow(), (degree() - 2) * sizeof(uint32_t)) == 0);
+const uint32_t* VarList::overflow_of_packed() const {
+  uint32_t literals[kMostPacked];
+  const uint32_t n = degree();
+  for (uint32_t i = 0; i < n; ++i) literals[i] = (*this)[i];
+  uint32_t* const made = new_block(literals, n);
+  uint64_t before = word();
+  if (!is_block(before) && std::atomic_ref<uint64_t>(word_).compare_exchange_strong(
+                               before, reinterpret_cast<uintptr_t>(made) | kBlock << 48)) {
+    return made + 3;
+  }
+  std::free(made);  // another thread was faster
+  return block(before) + 3;
+}
+
+bool VarList::has_same_literals(const VarList& other) const {
+  const uint32_t n = degree();
+  if (n != other.degree() || head_pair() != other.head_pair()) return false;
+  for (uint32_t i = 2; i < n; ++i) {
+    if ((*this)[i] != other[i]) return false;
+  }
+  return true;
 }
 
 uint32_t* VarList::grow(uint32_t degree) {
-  assert(degree > 2);
-  const uint64_t pair_before = head_pair();
-  uint32_t* grown;
-  if (is_block() && room_for(this->degree()) == room_for(degree)) {
-    grown = block();
+  assert(degree > kMostPacked);
+  if (is_block()) {
+    uint32_t* grown = block(word_);
+    if (room_for(*grown) != room_for(degree)) grown = resize_block(grown, degree);
     grown[0] = degree;
     grown[1 + degree] = kNoLiteral;
+    word_ = reinterpret_cast<uintptr_t>(grown) | kBlock << 48;
   } else {
-    grown = resize_block(is_block() ? block() : nullptr, degree);
+    uint32_t* const made = resize_block(nullptr, degree);
+    for (uint32_t i = 0, n = this->degree(); i < n; ++i) made[1 + i] = (*this)[i];
+    word_ = reinterpret_cast<uintptr_t>(made) | kBlock << 48;
   }
-  std::memcpy(grown + 1, &pair_before, sizeof(pair_before));
-  word_ = reinterpret_cast<uintptr_t>(grown) | kBlockMark << 48;
-  return grown + 1;
+  return block(word_) + 1;
 }
 
 VarList VarList::copy_of(uint64_t head_pair, const uint32_t* overflow) {
   VarList list(head_pair);
-  if (list.degree() < 2 || overflow == nullptr || overflow[0] == kNoLiteral) return list;
-  const uint32_t n = run_length(overflow);
-  std::memcpy(list.grow(2 + n) + 2, overflow, n * sizeof(uint32_t));
+  if (list.degree() == 2 && overflow != nullptr) {
+    list.append(VarList(overflow, run_length(overflow)));
+  }
   return list;
 }
 
@@ -105,26 +140,25 @@ VarList VarList::concat_any(const VarList& a, const VarList& b) {
 
 void VarList::append(uint32_t literal) {
   assert(literal != kNoLiteral);
-  const uint32_t n = degree();
-  if (n >= 2) {
-    grow(n + 1)[n] = literal;
-  } else {
-    const uint64_t before = head_pair();
-    const auto low = static_cast<uint32_t>(before), high = static_cast<uint32_t>(before >> 32);
-    *this = VarList(n == 0 ? pair(literal, high) : pair(low, literal));
-  }
+  if (degree() > 0) return append(VarList(literal));
+  // Into the first slot, whatever stands in the second.
+  *this = VarList(pair(literal, static_cast<uint32_t>(head_pair() >> 32)));
 }
 
 void VarList::append(const VarList& other) {
   const uint32_t mine = degree(), theirs = other.degree();
   if (theirs > kMaxDegree - mine) throw std::bad_alloc();
-  if (mine + theirs <= 2) {
-    for (uint32_t i = 0; i < theirs; ++i) append(other[i]);
-    return;
+  if (theirs == 0) return;
+  if (mine + theirs <= kMostPacked) {
+    uint32_t literals[kMostPacked];
+    for (uint32_t i = 0; i < mine; ++i) literals[i] = (*this)[i];
+    for (uint32_t i = 0; i < theirs; ++i) literals[mine + i] = other[i];
+    *this = VarList(literals, mine + theirs);
+  } else {
+    // `other` may be this very list: its literals below `theirs` stay where they are.
+    uint32_t* const literals = grow(mine + theirs);
+    for (uint32_t i = 0; i < theirs; ++i) literals[mine + i] = other[i];
   }
-  // `other` may be this very list: its literals below `theirs` stay where they are.
-  uint32_t* const literals = grow(mine + theirs);
-  for (uint32_t i = 0; i < theirs; ++i) literals[mine + i] = other[i];
 }
 
 }  // namespace zorv

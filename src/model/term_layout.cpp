@@ -18,9 +18,7 @@ constexpr char kUnsortedText[] =
     "Call simplify_as_binary() first.";
 
 void copy_literals(const VarList& vars, uint32_t degree, uint32_t* to) {
-  to[0] = vars[0];
-  if (degree > 1) to[1] = vars[1];
-  if (degree > 2) std::memcpy(to + 2, vars.overflow(), (degree - 2) * sizeof(uint32_t));
+  for (uint32_t i = 0; i < degree; ++i) to[i] = vars[i];
 }
 
 constexpr uint64_t kPageBytes = 4096;

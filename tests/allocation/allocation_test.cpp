@@ -68,8 +68,18 @@ void count_all() {
     const TermImpl moved = std::move(copy);
     copy = moved;
   });
-  expect_allocations("a third literal", 1, [] { TermImpl(1, VarList(1, 2)).vars.append(3); });
-  expect_allocations("growing to degree 8", 2, [] {  // at degrees 3 and 5; 9 comes next
+  constexpr uint32_t far = 1 << 15;  // its key has more than 16 bits
+  expect_allocations("three and four literals of near variables", 0, [] {
+    TermImpl t(1, VarList(1, 2));
+    t.vars.append(far - 1);
+    const TermImpl copy = t;
+    VarList list = VarList::concat(VarList(1, 2), VarList(3, 2047));
+  });
+  expect_allocations("three and four literals with a far one", 2, [] {
+    VarList(1, 2).append(far);
+    VarList(1, 2).append(VarList(3, 2048));
+  });
+  expect_allocations("growing to degree 8", 1, [] {  // at degree 5; 9 comes next
     VarList list;
     for (uint32_t i = 0; i < 8; ++i) list.append(i);
   });

@@ -95,11 +95,52 @@ TEST(VarList, TakesHeadPairsAndOverflowBlocks) {
             (std::vector<uint32_t>{3, 4, kNoLiteral}));
 }
 
+// Around the borders of what is packed into one word, with the run that callers see.
+TEST(VarList, KeepsThreeAndFourLiteralsInEveryForm) {
+  const uint32_t edges[] = {0,
+                            1,
+                            2046,
+                            2047,
+                            2048,
+                            32'767,
+                            32'768,
+                            1 | kAtomBit,
+                            0 | kNegationBit,
+                            2047 | kNegationBit,
+                            2048 | kNegationBit,
+                            32'767 | kNegationBit};
+  for (const uint32_t a : edges) {
+    for (const uint32_t b : edges) {
+      for (const uint32_t n : {3u, 4u}) {
+        const std::vector<uint32_t> literals(n == 3 ? std::vector<uint32_t>{7, b, a}
+                                                    : std::vector<uint32_t>{a, 7, b, a});
+        const VarList list = list_of(literals);
+        const VarList early = list;  // before there is a run
+        expect_list(list, literals);
+        const uint32_t* const run = list.overflow();
+        for (uint32_t i = 2; i < n; ++i) ASSERT_EQ(run[i - 2], literals[i]);
+        ASSERT_EQ(run[n - 2], kNoLiteral);
+        ASSERT_EQ(list.overflow(), run);
+        expect_list(list, literals);
+        ASSERT_EQ(early, list);
+        VarList copy = list;
+        ASSERT_EQ(copy, early);
+        copy.append(7);
+        ASSERT_EQ(copy.degree(), n + 1);
+        ASSERT_FALSE(copy == list);
+        const VarList moved = std::move(copy);
+        ASSERT_EQ(moved[n], 7u);
+        ASSERT_FALSE(early == list_of({a, 7, b, a ^ 1}));
+      }
+    }
+  }
+}
+
 // Callers hand over literals unchecked. Some second literals look like the mark of a block.
 TEST(VarList, KeepsEveryPairOfBits) {
-  const uint32_t halves[] = {0,          1,          0x7FFFFFFF, 0x80000000,
-                             0xBFFFFFFF, 0xC0000000, 0xC0000001, 0xC0007FFF,
-                             0xC000FFFF, 0xC0010000, 0xFFFFFFFE, kNoLiteral};
+  const uint32_t halves[] = {0,          1,          0x7FFFFFFF, 0x80000000, 0xBFFFFFFF,
+                             0xC0000000, 0xC0000001, 0xC0007FFF, 0xC000FFFF, 0xC0010000,
+                             0xC0030000, 0xC0041234, 0xC0050000, 0xFFFFFFFE, kNoLiteral};
   for (const uint32_t low : halves) {
     for (const uint32_t high : halves) {
       const uint64_t pair = low | uint64_t{high} << 32;
