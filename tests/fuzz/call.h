@@ -482,7 +482,7 @@ struct Table {
   static auto perform(Call& call, const std::string& line, R (*function)(A...), auto&... args) {
     const auto go = [&] { return std::apply(function, std::tuple_cat(args.c...)); };
     std::optional<std::conditional_t<std::is_void_v<R>, bool, R>> got;
-    if (call.usable && !call.legal && call.draw(16) == 0) expect_abort(line, [&] { go(); });
+    if (call.usable && !call.legal && call.draw(48) == 0) expect_abort(line, [&] { go(); });
     call.usable = call.usable && call.legal;
     if (!call.usable) return got;
     say(line + ";");

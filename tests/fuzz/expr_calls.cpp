@@ -324,9 +324,10 @@ void rewriting() {
 }
 
 void questions() {
-  EACH(expr_binarize, [](Call& call, auto& e) {
-    call.legal = !e.constrained();
-    return plain(only_bits(e.p));
+  WHOLE(expr_binarize, [](Call& call, auto& e) {
+    call.legal = !e.model.e[0].constrained();
+    call.usable = zorv_expr_max_degree(e.handle) <= 2;  // an atom has up to 65 bits
+    return Thing{nullptr, {}, {plain(only_bits(e.model.e[0].p))}};
   });
   QUERY(expr_str, [](const char* text, auto& e) {
     const coeff_t k = got(zorv_expr_constant, e.handle);
