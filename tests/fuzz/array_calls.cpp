@@ -34,8 +34,6 @@ constexpr auto tag_of_second = [](Call&, const Elem& c, const Elem& e) {
 
 // Where integers and expressions meet, tags differ by the side and the form.
 template <KindId kSide>
-constexpr bool is_first_scaled = kSide == kExprs;
-template <KindId kSide>
 constexpr auto by_int = [](Call& call, const Elem& a, const Elem& b) {
   return kSide == kExprs ? times_integer(call, a, b) : product(call, a, b);
 };
@@ -153,7 +151,8 @@ Thing concatenated(Call& call, const Thing& a, const Thing& b, size_t axis) {
 struct Ranges : Operand<const uint64_t*, const uint64_t*, const uint8_t*, size_t> {
   explicit Ranges(Call& call) : lo(call.draw(4)), hi(lo), drop(lo.size()) {
     for (size_t k = 0; k < lo.size(); ++k) {
-      lo[k] = call.draw(2), hi[k] = lo[k] + call.draw(3), drop[k] = call.draw(3) == 0;
+      lo[k] = call.draw(2), hi[k] = lo[k] + call.draw(3),
+      drop[k] = call.draw(3) == 0 ? 1 + call.draw(255) : 0;
     }
     text = numbers_text("uint64_t", lo) + ", " + numbers_text("uint64_t", hi) + ", " +
            numbers_text("uint8_t", drop) + ", " + std::to_string(lo.size());

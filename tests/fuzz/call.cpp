@@ -191,6 +191,7 @@ void compare_item(const zorv_expr* e, uint64_t i, Poly& body, const Item* item) 
   const Body got(e, i);
   check(got.kind == (item != nullptr), "kind of item");
   compare(read(got.e), body, "body");
+  check(zorv_expr_attr(got.e) == kNothing, "tag of a body");
   check(got.weight == (item != nullptr ? item->weight : 1), "weight");
   check(got.lo == entry.lo && got.hi == entry.hi, "bounds");
   uint32_t k = 0, shape = 0;
@@ -217,13 +218,14 @@ void look(const zorv_expr* e, uint64_t, Elem& should) {
   check(zorv_expr_is_declared(e) == should.declared(), "is_declared");
   check(zorv_expr_all_objective_only(e) == should.only_objective(), "all_objective_only");
   check(zorv_expr_has_body(e) == (should.items.size() == 1 && !should.rest), "has_body");
-  if (!should.constrained()) return;
-  const uint64_t n = should.items.size() + (should.rest ? 1 : 0);
+  // Without bounds, or without any constraint, the expression itself is the only item.
+  const bool alone =
+      !should.constrained() || (tag == Tag::kSingle && !should.items[0].entry->bounded);
+  const uint64_t bounded = alone ? 0 : should.items.size(), n = bounded + (alone || should.rest);
   check(zorv_cons_item_count(e) == n, "item count");
-  if (tag == Tag::kSingle && !should.items[0].entry->bounded) return;
   for (uint64_t i = 0; i < n; ++i) {
-    const Item* item = i < should.items.size() ? &should.items[i] : nullptr;
-    compare_item(e, i, item != nullptr ? item->entry->body : *should.rest, item);
+    const Item* item = i < bounded ? &should.items[i] : nullptr;
+    compare_item(e, i, item != nullptr ? item->entry->body : alone ? should.p : *should.rest, item);
   }
 }
 
@@ -425,7 +427,7 @@ Intervals::Intervals(Call& call) : ranges(call.draw(4)) {
   std::vector<coeff_t> low, high;
   for (auto& [lo, hi] : ranges) {
     low.push_back(lo = static_cast<int>(call.draw(9)) - 4);
-    high.push_back(hi = lo + call.draw(3));
+    high.push_back(hi = lo + call.draw(4) - 1);  // now and then empty
   }
   lows.emplace(low), highs.emplace(high);
   text = lows->text + ", " + highs->text + ", " + std::to_string(ranges.size());

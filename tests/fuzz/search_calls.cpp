@@ -115,6 +115,9 @@ void look_at_variables() {
     check(zorv_model_has(m, v) == 1 && zorv_model_var_index(m, v) == i, "a variable of a model");
     check(i == 0 || zorv_model_var(m, i - 1) < v, "order of variables");
   }
+  uint64_t found = 0;
+  for (uint32_t v = 0; v < zorv_var_count(); ++v) found += zorv_model_has(m, v | kComplementBit);
+  check(found == zorv_model_var_count(m), "variables of a model");
   for (uint64_t i = 0; i < zorv_model_int_var_count(m); ++i) {
     const auto bounds = got<2>(zorv_model_int_var_bounds, m, i);
     check(bounds == got<2>(zorv_int_var_bounds, zorv_model_int_var_orig(m, i)), "bounds");
@@ -216,10 +219,13 @@ void look_at_solution(Call& call) {
   for (uint64_t i = 0; i < zorv_sol_var_count(sol); ++i) {
     const uint32_t v = zorv_sol_model_var(sol, i);
     const int value = static_cast<int>(world->value(v, sample));
-    const bool negated = i % 2 == 1;
     if (by_flips && value == 1) zorv_sol_flip(sol, v);
-    if (!by_flips) zorv_sol_set(sol, v | (negated ? kComplementBit : 0), value != negated);
+    // A complement stores 1 minus the value, and any value but 0 counts as 1.
+    const int any = static_cast<int>(call.draw(9)) - 4, negated = i % 2;
+    const int set = value == 0 ? negated : any == negated ? 1 - negated : any;
+    if (!by_flips) zorv_sol_set(sol, v | (negated == 1 ? kComplementBit : 0), set);
     check(zorv_sol_get(sol, v) == value, "a value that was set");
+    check(by_flips || zorv_sol_energy_valid(sol) == 0, "an energy that is not valid any more");
   }
   for (uint64_t i = 0; i < zorv_sol_int_count(sol); ++i) {
     const uint32_t atom = zorv_model_int_var_orig(zorv_sol_model(sol), i);
@@ -326,6 +332,10 @@ coeff_t look_at_result(const std::optional<coeff_t>& least, bool proves) {
     const auto words =
         stolen([i](WordVec* v) { zorv_easy_solver_result_steal_topk_bits(result, i, v); });
     const uint64_t* bits = zorv_easy_solver_result_topk_bits(result, i);
+    const uint64_t before = i > 0 ? i - 1 : i;
+    check(got(zorv_easy_solver_result_topk_energy, result, before) <=
+              got(zorv_easy_solver_result_topk_energy, result, i),
+          "order of a list");
     look_at_state(got(zorv_easy_solver_result_topk_energy, result, i), best, bits,
                   zorv_easy_solver_result_topk_tts(result, i), words,
                   zorv_easy_solver_result_topk_to_sol(result, i, m));

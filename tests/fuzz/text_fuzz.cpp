@@ -1,6 +1,6 @@
-// Every text that comes from outside, for libFuzzer: search parameters, subscripts of einsum,
-// names, and coefficients as records. A text that the contract refuses is no finding: abort_with is
-// replaced, at link time, by a function that throws.
+// Every text that comes from outside, for libFuzzer: search parameters, of the library and of the
+// solver libraries, subscripts of einsum, names, and coefficients as records. A text that the
+// contract refuses is no finding: abort_with is replaced, at link time, by a function that throws.
 //
 // ZORV_TARGET names the function below that is fuzzed. Without it there is a main that tries all of
 // them on texts put together at random from the words that they know.
@@ -11,16 +11,22 @@
 #include <string>
 #include <vector>
 
+#include "core/coeff.h"
+#include "zorv/solver_abi.h"
 #include "zorv/zorv.h"
 
 namespace {
 struct Refused {};
 }  // namespace
 
-#define ZORV_ABORT_WITH _ZN4zorv10abort_withERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE
-#define ZORV_WRAP_(name) __wrap_##name
-#define ZORV_WRAP(name) ZORV_WRAP_(name)
-extern "C" [[noreturn]] void ZORV_WRAP(ZORV_ABORT_WITH)(const std::string&) { throw Refused(); }
+#define ZORV_WRAP(place)                                                                           \
+  extern "C" [[noreturn]] void                                                                     \
+      __wrap__ZN4zorv##place##10abort_withERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE( \
+          const std::string&) {                                                                    \
+    throw Refused();                                                                               \
+  }
+ZORV_WRAP()
+ZORV_WRAP(6plugin)
 
 namespace {
 
@@ -28,7 +34,30 @@ void require(bool holds) {
   if (!holds) std::abort();
 }
 
-// "key=value" in each line.
+// "key=value" in each line, and what ends a search at once; of equal keys the last one counts.
+struct Params {
+  explicit Params(const std::string& text) : words(1) {
+    for (const char c : text) {
+      if (c == '\n' || (c == '=' && words.size() % 2 == 1)) {
+        words.emplace_back();
+      } else {
+        words.back() += c;
+      }
+    }
+    for (size_t i = 0; i + 1 < words.size(); i += 2) {
+      pairs.push_back({words[i].c_str(), words[i + 1].c_str()});
+    }
+  }
+  const ParamPair* until(std::vector<ParamPair> end) {
+    pairs.insert(pairs.end(), end.begin(), end.end());
+    pairs.push_back({nullptr, nullptr});
+    return pairs.data();
+  }
+  std::vector<std::string> words;
+  std::vector<ParamPair> pairs;
+};
+const std::vector<ParamPair> kShort = {{"time_limit", "0"}, {"threads", "1"}};
+
 void params(const std::string& text) {
   static zorv_model* const model = [] {
     uint64_t limb = 5;
@@ -40,23 +69,35 @@ void params(const std::string& text) {
   }();
   static zorv_easy_wrapper* const easy = zorv_easy_solver_wrapper_create(model);
   static zorv_exhaustive_wrapper* const exhaustive = zorv_exhaustive_wrapper_create(model);
-  std::vector<std::string> words = {""};
-  for (const char c : text) {
-    if (c == '\n' || (c == '=' && words.size() % 2 == 1)) {
-      words.emplace_back();
-    } else {
-      words.back() += c;
-    }
-  }
-  std::vector<ParamPair> pairs;
-  for (size_t i = 0; i + 1 < words.size(); i += 2) {
-    pairs.push_back({words[i].c_str(), words[i + 1].c_str()});
-  }
-  // Of equal keys the last one counts.
-  pairs.insert(pairs.end(), {{"time_limit", "0"}, {"threads", "1"}, {nullptr, nullptr}});
-  zorv_easy_solver_result_destroy(zorv_easy_solver_wrapper_search(easy, pairs.data(), nullptr));
-  pairs.erase(pairs.end() - 3, pairs.end() - 1);
-  zorv_easy_solver_result_destroy(zorv_exhaustive_wrapper_search(exhaustive, pairs.data()));
+  zorv_easy_solver_result_destroy(
+      zorv_easy_solver_wrapper_search(easy, Params(text).until(kShort), nullptr));
+  zorv_easy_solver_result_destroy(
+      zorv_exhaustive_wrapper_search(exhaustive, Params(text).until({})));
+}
+
+// The same of the solver libraries, on a model of two variables and a constant.
+void library_params(const std::string& text) {
+  static const zorv::coeff_t three = 3;
+  static const auto* constant = reinterpret_cast<const coeff_t*>(&three);
+  static void* const easy =
+      zorv_easy_solver_create(nullptr, 2, 0, constant, nullptr, nullptr, nullptr);
+  static void* const exhaustive =
+      zorv_exhaustive_create(nullptr, 2, 0, constant, nullptr, nullptr, nullptr, ~0ull);
+  const auto search = [](const auto& run, auto destroy_list) {
+    uint32_t nbits = 2, nwords = 1;
+    uint64_t bits = 0;
+    double tts = 0;
+    CoeffWire energy = {0, 0, nullptr};
+    SolutionOut out = {&nbits, &nwords, &energy, &bits, &tts};
+    if (void* list = run(&out)) destroy_list(list);
+    require(energy.sign == 1 && energy.nlimbs == 1 && energy.limbs[0] == 3);
+    std::free(energy.limbs);
+  };
+  Params own(text), others(text);
+  search([&](auto* out) { return zorv_easy_solver_search(easy, out, own.until(kShort), nullptr); },
+         zorv_easy_solver_sol_list_destroy);
+  search([&](auto* out) { return zorv_exhaustive_search(exhaustive, out, others.until(kShort)); },
+         zorv_exhaustive_sol_list_destroy);
 }
 
 // The first byte is the rank that the caller expects.
@@ -158,7 +199,7 @@ int main() {
     std::string text;
     for (uint64_t n = random() % 9; n > 0; --n) text += words[random() % words.size()];
     try_on(subscripts, text), try_on(wires, text), try_on(names, text);
-    if (round % 20 == 0) try_on(params, text);
+    if (round % 20 == 0) try_on(params, text), try_on(library_params, text);
   }
 }
 #endif
