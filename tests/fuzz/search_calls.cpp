@@ -353,9 +353,12 @@ coeff_t look_at_result(const std::optional<coeff_t>& least, bool proves) {
   return best;
 }
 
+// A tick of the timer before anything was found has no state.
 double on_event(void*, zorv_sol* found, uint32_t event) {
   check(event <= 2, "an event");
-  check(got(zorv_sol_energy, found) == got(zorv_sol_eval_expr, found, s), "energy in an event");
+  if (event < 2 || zorv_sol_bits(found) != nullptr) {
+    check(got(zorv_sol_energy, found) == got(zorv_sol_eval_expr, found, s), "energy in an event");
+  }
   zorv_sol_destroy(found);
   return event == 0 ? 0.0005 : -1;
 }

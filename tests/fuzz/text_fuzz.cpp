@@ -58,7 +58,7 @@ struct Params {
 };
 const std::vector<ParamPair> kShort = {{"time_limit", "0"}, {"threads", "1"}};
 
-void params(const std::string& text) {
+[[maybe_unused]] void params(const std::string& text) {
   static zorv_model* const model = [] {
     uint64_t limb = 5;
     const CoeffWire zero = {0, 0, nullptr}, five = {1, 1, &limb};
@@ -76,7 +76,7 @@ void params(const std::string& text) {
 }
 
 // The same of the solver libraries, on a model of two variables and a constant.
-void library_params(const std::string& text) {
+[[maybe_unused]] void library_params(const std::string& text) {
   static const zorv::coeff_t three = 3;
   static const auto* constant = reinterpret_cast<const coeff_t*>(&three);
   static void* const easy =
@@ -101,7 +101,7 @@ void library_params(const std::string& text) {
 }
 
 // The first byte is the rank that the caller expects.
-void subscripts(const std::string& text) {
+[[maybe_unused]] void subscripts(const std::string& text) {
   static const uint64_t kShape[] = {2, 2, 3};
   static zorv_array_var* const vars = zorv_array_var_create(kShape, 2);
   static zorv_array_int* const ints = zorv_array_int_create(kShape, 3);
@@ -112,7 +112,7 @@ void subscripts(const std::string& text) {
       zorv_einsum(text.c_str() + 1, 2, kKinds, inputs, 1, static_cast<uint8_t>(text[0] - '0'))));
 }
 
-void names(const std::string& text) {
+[[maybe_unused]] void names(const std::string& text) {
   const uint32_t v = zorv_new_var(text.c_str());
   require(text.c_str()[0] == '\0' || std::strcmp(zorv_var_str(v), text.c_str()) == 0);
   const uint64_t shape[] = {2, 3};
@@ -131,7 +131,7 @@ void names(const std::string& text) {
 }
 
 // A sign and limbs; what is written back has none to spare.
-void wires(const std::string& text) {
+[[maybe_unused]] void wires(const std::string& text) {
   if (text.empty()) return;
   std::vector<uint64_t> limbs((text.size() - 1) / sizeof(uint64_t));
   if (!limbs.empty()) std::memcpy(limbs.data(), text.data() + 1, 8 * limbs.size());
