@@ -24,6 +24,14 @@ TEST_F(Declare, MarkOfADeclaredExpressionDropsItsObjective) {
   EXPECT_EQ(describe(e), "declared 1[x +y]");
 }
 
+TEST_F(Declare, AFreeFormPenaltyIsNoTermOfTheObjective) {
+  const Handle abs = zorv_abs_term(borrow(x), 1);
+  EXPECT_EQ(zorv_expr_all_objective_only(abs), 1);
+  zorv_expr_iadd_expr(abs, Handle(zorv_cons_mark(borrow(x))));
+  EXPECT_EQ(zorv_expr_all_objective_only(abs), 0);
+  EXPECT_FALSE(all_objective_only(kSumTag | add_constraint_sum({}, true)));
+}
+
 TEST_F(Declare, RefusesDeclaredBodies) {
   const zorv_expr* plain = borrow(x);
   const std::string comparing = guard_text("== / <= (comparing declared constraints)");

@@ -29,10 +29,12 @@ class Inspection : public ::testing::Test {
     zorv_model_destroy(model);
   }
 
-  void eval(const Handle& e, uint64_t i = 0) const {
+  // The violation of an item.
+  coeff_t eval(const Handle& e, uint64_t i = 0) const {
     Wire out[5];
     zorv_cons_item_eval(e, i, sol, out[0].out(), out[1].out(), out[2].out(), out[3].out(),
                         out[4].out());
+    return out[3].value();
   }
   uint64_t violations(const Handle& e) const { return zorv_cons_violation_count(e, sol); }
 
@@ -56,6 +58,22 @@ class Inspection : public ::testing::Test {
     return e;
   }
 };
+
+TEST_F(Inspection, ViolationIsTheDistanceToTheNearestAllowedValue) {
+  const struct {
+    std::vector<Interval> allowed;
+    int violation;
+  } rows[] = {
+      {{{5, 5}}, 0},         {{{0, 10}}, 0},        {{{6, 9}}, 1},
+      {{{-3, 2}}, 3},        {{{0, 1}, {8, 9}}, 3}, {{{0, 3}, {8, 9}}, 2},
+      {{{9, 9}, {4, 5}}, 0}, {{{7, 8}, {1, 2}}, 2}, {{{8, 2}}, 3},  // an empty interval, from below
+  };
+  for (const auto& row : rows) {
+    const Handle e = set_of(n, row.allowed);
+    EXPECT_EQ(eval(e), row.violation) << row.allowed[0].first;
+    EXPECT_EQ(violations(e), row.violation != 0 ? 1u : 0u);
+  }
+}
 
 TEST_F(Inspection, CountsRequirementsThatDoNotHold) {
   const Handle unbounded = classic(x, n), missed = classic(x, n),

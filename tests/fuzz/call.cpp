@@ -369,7 +369,9 @@ World::~World() {
 // ---- Operands -----------------------------------------------------------------------------------
 
 Coeff::Coeff(Call& call, bool small)
-    : value(small ? coeff_t(static_cast<int>(call.draw(9)) - 4) : test::troublesome(call.random)),
+    : value(!small              ? test::troublesome(call.random)
+            : call.draw(2) == 0 ? coeff_t(call.draw(2))
+                                : coeff_t(static_cast<int>(call.draw(9)) - 4)),
       wires({value}) {
   text = "&(CoeffWire)" + text_of(value), c = {wires.c.data()};
   model = {nullptr, {}, {plain(number(value))}};
