@@ -32,23 +32,6 @@ class VarInt {
     Wire w;
     return zorv_varintelem_max(handle_, w.out()), w.value();
   }
-  coeff_t coeff(uint64_t i) const {
-    Wire w;
-    return zorv_varintelem_coeff(handle_, i, w.out()), w.value();
-  }
-  std::vector<int> decompose(const coeff_t& value) const {
-    const uint64_t n = zorv_varintelem_var_count(handle_);
-    std::vector<uint32_t> vars(n);
-    std::vector<CoeffWire> bits(n, CoeffWire{0, 0, nullptr});
-    EXPECT_EQ(zorv_varintelem_decompose(handle_, Wire(value), vars.data(), bits.data()), n);
-    std::vector<int> values;
-    for (uint64_t i = 0; i < n; ++i) {
-      EXPECT_EQ(vars[i], zorv_varintelem_var(handle_, i));
-      values.push_back(static_cast<int>(read_wire(&bits[i])));
-      std::free(bits[i].limbs);
-    }
-    return values;
-  }
 
  private:
   zorv_expr* handle_;
