@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -152,6 +153,7 @@ void try_on(void (*target)(const std::string&), const std::string& text) {
   try {
     target(text);
   } catch (const Refused&) {
+  } catch (const std::bad_alloc&) {  // for a size beyond any memory
   }
 }
 
