@@ -416,7 +416,7 @@ coeff_t column_value(uint64_t c) {
   const auto [lo, hi] = got<2>(zorv_ilp_col_bounds, ilp, c);
   const int32_t v = zorv_ilp_col_model_var(ilp, c);
   const uint64_t n = zorv_ilp_col_nbits(ilp, c);
-  check((v < 0) == (n > 0) || v < 0, "bits of a column");
+  check(v < 0 || n == 0, "bits of a column");
   if (v >= 0) {
     const coeff_t value =
         numbered(static_cast<uint32_t>(v) | (zorv_ilp_col_kind(ilp, c) == 0 ? 0 : kAtomBit));
@@ -443,7 +443,12 @@ void look_at_ilp() {
   check((ilp == nullptr) == (*zorv_ilp_last_error() != '\0'), "reason of a missing program");
   if (ilp == nullptr) return;
   std::vector<coeff_t> at(zorv_ilp_ncols(ilp));
-  for (uint64_t c = 0; c < at.size(); ++c) at[c] = column_value(c);
+  bool fits = true;  // a VarInt may have been given bounds that its bits pass
+  for (uint64_t c = 0; c < at.size(); ++c) {
+    at[c] = column_value(c);
+    const auto [lo, hi] = got<2>(zorv_ilp_col_bounds, ilp, c);
+    fits = fits && lo <= at[c] && at[c] <= hi;
+  }
   coeff_t value = got(zorv_ilp_obj_constant, ilp);
   for (uint64_t c = 0; c < at.size(); ++c) value += got(zorv_ilp_obj, ilp, c) * at[c];
   const bool exact = !should->rest && zorv_model_max_degree(m) <= 1;
@@ -459,7 +464,7 @@ void look_at_ilp() {
       value += got(zorv_ilp_row_coeff, ilp, r, j) * at[zorv_ilp_row_col(ilp, r, j)];
     }
     const bool holds = (lo_free || value >= lo) && (hi_free || value <= hi);
-    if (r >= order.size()) continue;
+    if (r >= order.size() || !fits) continue;
     const Entry& entry = *items[order[r]]->entry;
     check(holds == (entry.violation(*entry.body[kBits]) == 0), "a row");
   }
