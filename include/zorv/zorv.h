@@ -1394,9 +1394,10 @@ ZORV_API zorv_result* zorv_exhaustive_wrapper_search(zorv_exhaustive_wrapper* w,
 
 /* Receives a solution of a running search; it owns `sol` and destroys it. Events: 0 before the
  * search starts, with all bits 0 and all integers at their lower bounds; 1 a new best solution; 2 a
- * tick of the timer. The result sets the timer, which is off at the start: above 0 the new interval
- * in seconds, exactly 0 off, anything else leaves it. It runs on threads of the search and may hold
- * the search up: be short, and start no other search. */
+ * tick of the timer, with the best solution, or before there is one with the energy 0 and without
+ * bits, so that none may be asked of it. The result sets the timer, which is off at the start:
+ * above 0 the new interval in seconds, exactly 0 off, anything else leaves it. It runs on threads
+ * of the search and may hold the search up: be short, and start no other search. */
 typedef double (*UserCallback)(void* ctx, zorv_sol* sol, uint32_t event);
 
 /* A solver with a callback, a stop from outside, and hints during a search. Models of binary

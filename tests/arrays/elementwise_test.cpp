@@ -1,5 +1,4 @@
 // Every element-wise export against the scalar operation that it stands for.
-#include "arrays/unary.h"
 #include "support/arrays.h"
 
 namespace zorv::test {
@@ -231,58 +230,6 @@ TEST(Elementwise, TakesEqualShapesOnly) {
   }
 }
 
-template <typename Array, typename Right>
-using InPlace = std::pair<std::string, void (*)(Array*, const Right*)>;
-
-TEST(Elementwise, OperandsMayBeTheSame) {
-  const Pools pools = plain_pools();
-  const InPlace<zorv_array_expr, zorv_array_expr> on_exprs[] = {
-      {"add", zorv_array_expr_add_eq_array_expr},
-      {"sub", zorv_array_expr_sub_eq_array_expr},
-      {"mul", zorv_array_expr_mul_eq_array_expr}};
-  const InPlace<zorv_array_int, zorv_array_int> on_ints[] = {
-      {"add", zorv_array_int_add_eq_array_int},
-      {"sub", zorv_array_int_sub_eq_array_int},
-      {"mul", zorv_array_int_mul_eq_array_int}};
-  const auto check = [](const auto& elements, const auto& in_place) {
-    for (const auto& [op, call] : in_place) {
-      const Array<std::decay_t<decltype(elements[0])>> a(elements);
-      call(a, a);
-      for (uint64_t i = 0; i < a.size(); ++i) {
-        EXPECT_TRUE(same_value(Value(a[i]), plain_operation(op, elements[i], elements[i])));
-      }
-    }
-  };
-  check(pools.exprs, on_exprs);
-  check(pools.ints, on_ints);
-}
-
-// Every element sees the scalar as it was, also those behind it.
-TEST(Elementwise, AScalarMayBeAnElementOfTheArray) {
-  const std::vector<ExprImpl> elements = plain_pools().exprs;
-  const InPlace<zorv_array_expr, zorv_expr> by_expr[] = {{"add", zorv_array_expr_add_eq_expr},
-                                                         {"sub", zorv_array_expr_sub_eq_expr},
-                                                         {"mul", zorv_array_expr_mul_eq_expr}};
-  const InPlace<zorv_array_expr, zorv_term> by_term[] = {{"add", zorv_array_expr_add_eq_term},
-                                                         {"sub", zorv_array_expr_sub_eq_term},
-                                                         {"mul", zorv_array_expr_mul_eq_term}};
-  const auto check = [&](const auto& in_place, uint64_t k, auto part_of) {
-    for (const auto& [op, call] : in_place) {
-      const Array<ExprImpl> a(elements);
-      call(a, borrow(part_of(a[k])));
-      for (uint64_t i = 0; i < a.size(); ++i) {
-        EXPECT_TRUE(
-            same_value(Value(a[i]), plain_operation(op, elements[i], part_of(elements[k]))));
-      }
-    }
-  };
-  for (uint64_t k = 0; k < elements.size(); ++k) {
-    check(by_expr, k, [](const ExprImpl& e) -> const ExprImpl& { return e; });
-    if (elements[k].list.size() == 0) continue;
-    check(by_term, k, [](const ExprImpl& e) -> const TermImpl& { return e.list[0]; });
-  }
-}
-
 TEST(Elementwise, DeclaredConstraintsAreNotDroppedByAFactorOf0) {
   const Array<ExprImpl> a({1}, [](uint64_t) { return unwrap(between(var(fresh()), 0, 1)); });
   const Array<coeff_t> zeros({1}, [](uint64_t) { return 0; });
@@ -295,74 +242,6 @@ TEST(Elementwise, DeclaredConstraintsAreNotDroppedByAFactorOf0) {
   const uint32_t tag = a[0].attr;
   zorv_array_expr_mul_eq_array_int(a, zeros);
   EXPECT_EQ(a[0].attr, tag);
-}
-
-// Operations of one array ------------------------------------------------------------------------
-
-// Makes one array of each kind, and holds each element of a result against want(element).
-template <typename T, typename Result, typename Left, typename Want>
-void check_unary(const Pools& pools, Result (*call)(Left), Want want) {
-  const std::vector<T>& elements = pools.of<T>();
-  for (const Shape& shape : kShapes) {
-    const Array<T> a(shape, [&](uint64_t i) { return elements[i % elements.size()]; });
-    const Array result = call(a);
-    ASSERT_EQ(result.shape(), shape);
-    for (uint64_t i = 0; i < result.size(); ++i) {
-      const Value wanted = want(a[i]);
-      ASSERT_TRUE(same_value(result[i], wanted));
-      ASSERT_EQ(describe(tag_of(result[i])), describe(tag_of(wanted)));
-    }
-  }
-}
-
-TEST(Unary, IsTheScalarOperation) {
-  for (const Pools& pools : {plain_pools(), tagged_pools(), declared_pools()}) {
-    const auto negated = [](const Value& v) {
-      ExprImpl e = ExprImpl() - as_expr(v);
-      if (v.index() != 3) return e;
-      e = std::get<ExprImpl>(v);
-      negate(e);
-      e.attr = scale(e.attr, -1);
-      return e;
-    };
-    check_unary<uint32_t>(pools, zorv_array_var_negate, negated);
-    check_unary<coeff_t>(pools, zorv_array_int_negate, negated);
-    check_unary<TermImpl>(pools, zorv_array_term_negate, negated);
-    check_unary<ExprImpl>(pools, zorv_array_expr_negate, negated);
-    check_unary<uint32_t>(pools, zorv_array_var_invert, [](uint32_t v) { return v ^ 0x80000000u; });
-    // All of these give plain expressions, and none minds declared constraints.
-    check_unary<ExprImpl>(pools, zorv_array_expr_sqr, [](const auto& e) { return sqr(e); });
-    check_unary<ExprImpl>(pools, zorv_array_expr_simplify, expr_simplify);
-    check_unary<ExprImpl>(pools, zorv_array_expr_simplify_as_binary, expr_simplify_as_binary);
-    check_unary<ExprImpl>(pools, zorv_array_expr_simplify_as_spin, expr_simplify_as_spin);
-  }
-}
-
-TEST(Unary, ReplaceRewritesEachElementInPlace) {
-  const uint32_t x = fresh("x"), y = fresh("y");
-  const ExprImpl two = constant(2), one_minus_y = constant(1) - var(y);
-  const uint32_t literals[] = {x, y, x};  // the last x counts
-  zorv_expr* exprs[] = {wrap(ExprImpl(two)), wrap(var(x)), wrap(ExprImpl(one_minus_y))};
-  Handle declared = between(var(x), 0, 1);
-  zorv_expr_iadd_var(declared, y);
-  const Array<ExprImpl> a(
-      {var(x) * var(y) + 3, unwrap(classic(var(y), var(x))), unwrap(declared), ExprImpl()});
-  zorv_array_expr_replace(a, literals, exprs, 3);
-  const std::pair<const char*, const char*> rows[] = {
-      {"3 +x -y*x", "plain"}, {"x", "plain"}, {"x", "declared 1[1 -y]"}, {"0", "plain"}};
-  for (uint64_t i = 0; i < a.size(); ++i) {
-    EXPECT_EQ(text(a[i]), rows[i].first);
-    EXPECT_EQ(describe(a[i].attr), rows[i].second);
-  }
-  for (zorv_expr* e : exprs) zorv_expr_destroy(e);
-}
-
-TEST(Unary, CoefficientsTimesVariablesHaveTheShapeOfTheCoefficients) {
-  const Array<coeff_t> c({2, 2}, [](uint64_t i) { return i; });
-  const Array<uint32_t> v({4}, [](uint64_t i) { return i + 7; });
-  const Array terms = zorv_array_int_coeffvec_mul_var(c, v);
-  ASSERT_EQ(terms.shape(), c.shape());
-  for (uint64_t i = 0; i < 4; ++i) EXPECT_TRUE(same_value(terms[i], term_of(i, {v[i]})));
 }
 
 TEST(Division, OfIntegersTruncates) {

@@ -160,51 +160,6 @@ class SumTags : public ::testing::Test {
   }
 };
 
-TEST_F(SumTags, AreThoseOfAllElements) {
-  const struct {
-    const char *kinds, *tag;
-  } rows[] = {
-      {"", "plain"},
-      {"pzp", "plain"},
-      {"vpv", "plain"},
-      {"c", "classic 1[g]"},  // a single one gives a sum, too
-      {"d", "declared 1[h]"},
-      {"cpc", "classic 1[g] 1[g] rest [2*y]"},
-      {"psp", "classic 1[h] rest [2*y +y +2*y]"},
-      {"cz", "classic 1[g] rest [0]"},
-      {"vc", "classic 1[g] rest [n]"},  // a VarInt is a plain polynomial
-      {"scs", "classic 1[h] 1[g] 1[h] rest [y +y]"},
-      {"pdpvd", "declared 1[h] 1[h]"},  // what is plain is objective
-      {"drpr", "declared 1[h] 1[g] 1[g] rest [y +y]"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.kinds);
-    const Array<ExprImpl> a(elements(row.kinds));
-    const Handle sum = sum_of(a);
-    EXPECT_EQ(describe(sum), row.tag);
-    EXPECT_TRUE(same_terms(unwrap(sum), plain_sum(a)));
-    // The other sums follow the same rule.
-    EXPECT_EQ(describe(Handle(zorv_array_sum(pointers_to(a).data(), a.size()))), row.tag);
-    EXPECT_EQ(describe(sums_along(a, 0)[0].attr), row.tag);
-    EXPECT_EQ(describe(sums_of_run(a, 0)[0]), row.tag);
-    // Elements stay what they are, sums that they name included.
-    zorv_expr_iadd_expr(sum, sum);
-    for (uint64_t i = 0; i < a.size(); ++i) {
-      EXPECT_EQ(describe(a[i].attr), describe(element(row.kinds[i]).attr));
-    }
-  }
-}
-
-TEST_F(SumTags, OfEachSliceAreItsOwn) {
-  const std::vector<ExprImpl> grid = elements("cpdpzp");
-  const Array<ExprImpl> a({3, 2}, [&](uint64_t i) { return grid[i]; });
-  const char* const rows[] = {"classic 1[g] rest [2*y]", "declared 1[h]", "plain"};
-  for (uint64_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(describe(sums_along(a, 1)[i].attr), rows[i]);
-    EXPECT_EQ(describe(sums_of_run(a, 1)[i]), rows[i]);
-  }
-}
-
 TEST_F(SumTags, DeclaredAndClassicDoNotMix) {
   const std::string message =
       "zorv::cons: cannot sum declared and classic penalty-style constraints in one array";

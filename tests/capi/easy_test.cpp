@@ -66,39 +66,6 @@ TEST_F(EasySolverExports, ReadTheResultOfASearch) {
   EXPECT_STREQ(zorv_easy_solver_result_info_value(result_, 4), "integer-cpu");
 }
 
-TEST_F(EasySolverExports, MakeSolutionsThatTakeTheWords) {
-  search({{"seed", "6"}, {"best_energy_sols", nullptr}});
-  zorv_sol* sol = zorv_easy_solver_result_to_sol(result_, model_);
-  zorv_sol* entry = zorv_easy_solver_result_topk_to_sol(result_, 0, model_);
-  for (zorv_sol* each : {sol, entry}) {
-    Wire value;
-    zorv_sol_energy(each, value.out());
-    EXPECT_EQ(value.value(), 0);
-    zorv_sol_get_int(each, a_, value.out());
-    EXPECT_EQ(value.value(), 3);
-    EXPECT_EQ(zorv_sol_get(each, x_), 0);
-    EXPECT_EQ(zorv_sol_tts(each), zorv_easy_solver_result_tts(result_));
-    zorv_sol_destroy(each);
-  }
-  zorv_sol* again = zorv_easy_solver_result_to_sol(result_, model_);
-  EXPECT_EQ(zorv_sol_bits(again), nullptr);
-  zorv_sol_destroy(again);
-}
-
-TEST_F(EasySolverExports, TradeTheWordsWithTheCallersRecord) {
-  search({{"topk_sols", "1"}});
-  const uint64_t* best = zorv_easy_solver_result_bits(result_);
-  const uint64_t* entry = zorv_easy_solver_result_topk_bits(result_, 0);
-  WordVec words = {nullptr, nullptr, nullptr};
-  zorv_easy_solver_result_steal_bits(result_, &words);
-  EXPECT_EQ(words.begin, best);
-  EXPECT_EQ(words.end, words.begin + 1);
-  zorv_easy_solver_result_steal_topk_bits(result_, 0, &words);
-  EXPECT_EQ(words.begin, entry);
-  EXPECT_EQ(zorv_easy_solver_result_topk_bits(result_, 0), best);  // what the record held
-  ::operator delete(words.begin);
-}
-
 TEST_F(EasySolverExports, RefuseWhatTheRouteCannotTake) {
   const uint64_t hint = 0;
   const coeff_t value = 11;

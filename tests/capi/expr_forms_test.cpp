@@ -85,48 +85,5 @@ TEST_F(ExprForms, GcdAndBoundsAreWrittenOut) {
   }
 }
 
-TEST_F(ExprForms, CompCoeffsWritesARecordForEachCoefficient) {
-  const struct {
-    coeff_t lo, hi;
-    std::vector<coeff_t> series;
-  } rows[] = {{4, 4, {}}, {5, 4, {}}, {-3, 4, {1, 2, 4}}, {0, 10, {1, 2, 4, 3}}};
-  for (const auto& row : rows) {
-    ASSERT_EQ(zorv_comp_coeffs_count(Wire(row.lo), Wire(row.hi)), row.series.size());
-    std::vector<CoeffWire> out(row.series.size() + 1, CoeffWire{7, 0, nullptr});
-    for (size_t i = 0; i < row.series.size(); ++i) write_wire(wide * wide, &(out[i] = {}));
-    zorv_comp_coeffs(Wire(row.lo), Wire(row.hi), out.data());
-    for (size_t i = 0; i < row.series.size(); ++i) {
-      EXPECT_EQ(read_wire(&out[i]), row.series[i]);
-      std::free(out[i].limbs);
-    }
-    EXPECT_EQ(out.back().sign, 7);  // nothing behind them
-  }
-  EXPECT_EQ(zorv_comp_coeffs_count(Wire(-wide * wide), Wire(wide)), 201u);
-}
-
-TEST_F(ExprForms, EveryRewriteReturnsANewHandle) {
-  const Handle e(2 * var(x) * var(y) * var(x) + var(y) * var(a));
-  const Handle binary(2 * var(x) * var(y) * var(x) + var(y | kNegationBit));
-  const Handle two(constant(2));
-  zorv_expr* const exprs[] = {two};
-  const struct {
-    Handle out;
-    const char* text;
-  } rows[] = {
-      {zorv_expr_simplify(e), "y*a +2*x*x*y"},
-      {zorv_expr_simplify_as_binary(e), "2*x*y +y*a"},
-      {zorv_expr_simplify_as_spin(binary), "y"},
-      {zorv_expr_binary_to_spin(binary), "8 +4*x +4*x*y"},
-      {zorv_expr_spin_to_binary(binary), "-1 +2*y"},
-      {zorv_expr_replace(e, &y, exprs, 1), "4*x*x +2*a"},
-      {zorv_expr_binarize(e), "2*x*y*x -2*y +y*a#0 +2*y*a#1 +4*y*a#2"},
-      {zorv_expr_reduce(binary), "1 -y +2*x*y"},
-      {zorv_expr_expand_cons(between(var(x), 1, 1)), "1 +x*x -2*x"},
-      {zorv_between(borrow(var(x)), Wire(1), Wire(0)), "0"},
-  };
-  for (const auto& row : rows) EXPECT_STREQ(zorv_expr_str(row.out), row.text);
-  EXPECT_STREQ(zorv_expr_str(e), "2*x*y*x +y*a");
-}
-
 }  // namespace
 }  // namespace zorv::test

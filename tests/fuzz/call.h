@@ -17,31 +17,15 @@ using test::Random;
 // The calls so far, as C, go to the standard output if `printing`.
 extern bool printing;
 void say(const std::string& line);
+// Calls without operands that were drawn, such as those that read a model.
+#define ZORV_DO(call) (say(#call ";"), call)
 // Ends the process: what the library gave is not what it should be.
 [[noreturn]] void wrong(const std::string& what);
+inline void check(bool holds, const std::string& what) {
+  if (!holds) wrong(what);
+}
 
-coeff_t value_of(const CoeffWire* wire);
-// A record that frees its block.
-class Wire {
- public:
-  Wire() = default;
-  explicit Wire(const coeff_t& value);
-  Wire(Wire&& other) noexcept { std::swap(wire_, other.wire_); }
-  Wire& operator=(Wire&& other) noexcept { return std::swap(wire_, other.wire_), *this; }
-  ~Wire() { std::free(wire_.limbs); }
-  CoeffWire* get() { return &wire_; }
-  coeff_t value() const { return value_of(&wire_); }
-
- private:
-  CoeffWire wire_ = {0, 0, nullptr};
-};
-// A list of records, and as C "{1, 2, (uint64_t[]){1, 2, 0}}".
-struct Wires {
-  explicit Wires(const std::vector<coeff_t>& values);
-  std::vector<Wire> own;
-  std::vector<CoeffWire> c;
-};
-std::string text_of(const coeff_t& value);
+// ---- Integers, lists and their text -------------------------------------------------------------
 
 // "(TYPE[]){a, b, 0}"; C has no empty lists.
 template <typename List, typename F>
@@ -54,9 +38,50 @@ inline std::string numbers_text(const char* type, const auto& list) {
   return list_text(type, list, [](auto n) { return std::to_string(n) + "u"; });
 }
 
+coeff_t value_of(const CoeffWire& wire);
+std::string text_of(const coeff_t& value);  // "{1, 2, (uint64_t[]){1, 2, 0}}"
+
+// Integers as records for the library to read.
+struct Wires {
+  explicit Wires(const std::vector<coeff_t>& values);
+  Wires(Wires&&) = default;
+  std::vector<std::vector<uint64_t>> limbs;
+  std::vector<CoeffWire> c;
+  std::string text;
+};
+
+// Records for the library to write.
+struct Written {
+  explicit Written(size_t n) : c(n) {}
+  Written(Written&&) = default;
+  ~Written() {
+    for (const CoeffWire& wire : c) std::free(wire.limbs);
+  }
+  std::vector<CoeffWire> c;
+};
+
+// What f(args..., outputs...) writes: one integer, or an array of several.
+template <size_t kCount = 1, typename F, typename... A>
+auto got(F f, A... args) {
+  Written out(kCount);
+  std::array<CoeffWire*, kCount> pointers;
+  std::array<coeff_t, kCount> values;
+  for (size_t i = 0; i < kCount; ++i) pointers[i] = &out.c[i];
+  std::apply([&](auto... pointer) { f(args..., pointer...); }, pointers);
+  for (size_t i = 0; i < kCount; ++i) values[i] = value_of(out.c[i]);
+  if constexpr (kCount == 1) {
+    return values[0];
+  } else {
+    return values;
+  }
+}
+
 // ---- The objects that calls work on -------------------------------------------------------------
 
 enum KindId { kTerm, kExpr, kVars, kInts, kTerms, kExprs, kKinds };
+#define ZORV_ARRAY_KINDS(X) \
+  X(kVars, array_var) X(kInts, array_int) X(kTerms, array_term) X(kExprs, array_expr)
+#define ZORV_KINDS(X) X(kTerm, term) X(kExpr, expr) ZORV_ARRAY_KINDS(X)
 template <typename Handle>
 struct Kind;
 #define ZORV_KIND(id_, type)                               \
@@ -65,13 +90,8 @@ struct Kind;
     static constexpr KindId id = id_;                      \
     static constexpr const char* name = #type;             \
     static constexpr auto destroy = zorv_##type##_destroy; \
-  }
-ZORV_KIND(kTerm, term);
-ZORV_KIND(kExpr, expr);
-ZORV_KIND(kVars, array_var);
-ZORV_KIND(kInts, array_int);
-ZORV_KIND(kTerms, array_term);
-ZORV_KIND(kExprs, array_expr);
+  };
+ZORV_KINDS(ZORV_KIND)
 #undef ZORV_KIND
 
 constexpr uint32_t kAtomBit = 1u << 30, kComplementBit = 1u << 31, kNothing = 0xFFFFFFFFu;
@@ -90,10 +110,20 @@ struct World {
 };
 extern World* world;
 
-// The value that the library's own reading functions show.
+// What the library's own reading functions show: values, literals, and an item of constraints.
 coeff_t evaluate(const zorv_expr* e, const std::function<coeff_t(uint32_t)>& value_of);
 Poly read(const zorv_expr* e);
 Poly read(const zorv_term* t);
+std::vector<uint32_t> literals_of(const zorv_term* t);
+std::vector<uint32_t> literals_of(const zorv_expr* e);
+struct Body {
+  Body(const zorv_expr* e, uint64_t item);
+  Body(Body&&) = delete;
+  ~Body() { zorv_exprexprelem_destroy(e); }
+  zorv_expr* e = nullptr;
+  int kind;
+  coeff_t weight, lo, hi;
+};
 
 // Compares an object of any kind with what it should be, and fills in what was open.
 void compare(const void* handle, KindId kind, Thing& should);
@@ -102,220 +132,186 @@ void compare(const void* handle, KindId kind, Thing& should);
 // long as there are few of them.
 Poly least(const zorv_expr* e, uint32_t first);
 
+// Whether a penalty of lo <= value <= hi, whose slack variables begin with `first`, is 0 with the
+// best slack exactly where that holds.
+void check_penalty(const zorv_expr* penalty, const Poly& value, const coeff_t& lo,
+                   const coeff_t& hi, uint32_t first);
+
+// Compares with `thing` and puts it in its slot; what has grown too large to follow is replaced.
+void put(KindId kind, size_t slot, Thing thing);
+
 struct Call {
+  explicit Call(uint64_t seed) : random(seed), target(draw(kSlots)) {}
+  size_t draw(uint64_t n) { return below(random, n); }
   Random random;
+  size_t target;       // the slot of what is made
   bool usable = true;  // within what the driver follows
   bool legal = true;   // within the contract
-  size_t draw(uint64_t n) { return below(random, n); }
 };
+
+// An exact quotient. Whether there is one depends on coefficients; `gcd` is that of the element.
+inline Elem divided(Call& call, const Elem& e, const coeff_t& c, const coeff_t& gcd) {
+  call.legal = call.legal && c != 0 && gcd % c == 0;
+  if (!call.legal) return e;
+  return with(e, pointwise(e.p, number(c), std::divides<coeff_t>()));
+}
 
 // ---- Operands: text, what goes into the C call, and, for those with a value, a model ------------
 
-struct Coeff {
-  explicit Coeff(Call& call, bool small = false)
-      : value(small || call.draw(2) == 0 ? coeff_t(static_cast<int>(call.draw(9)) - 4)
-                                         : test::troublesome(call.random)),
-        wire(value),
-        model{nullptr, {}, {plain(number(value))}} {}
-  std::string text() const { return "&(CoeffWire)" + text_of(value); }
-  std::tuple<const CoeffWire*> c() { return {wire.get()}; }
-  coeff_t value;
-  Wire wire;
+template <typename... C>
+struct Operand {
+  std::string text;
+  std::tuple<C...> c;
+};
+template <typename... C>
+struct Valued : Operand<C...> {
   Thing model;
+  bool is_array = false;
+};
+
+struct Coeff : Valued<const CoeffWire*> {
+  explicit Coeff(Call& call) : Coeff(call, call.draw(2) == 0) {}
+  Coeff(Call& call, bool small);
+  coeff_t value;
+  Wires wires;
 };
 struct SmallCoeff : Coeff {
   explicit SmallCoeff(Call& call) : Coeff(call, true) {}
 };
 
-uint32_t draw_literal(Call& call);
-
-struct Literal {
-  explicit Literal(Call& call) : value(draw_literal(call)), model{nullptr, {}, {{}}} {
-    model.e[0].p = world->value(value);
-    model.e[0].literal = value;
-  }
-  std::string text() const { return std::to_string(value) + "u"; }
-  std::tuple<uint32_t> c() const { return {value}; }
+struct Literal : Valued<uint32_t> {
+  explicit Literal(Call& call);
   uint32_t value;
-  Thing model;
 };
 
-struct Out {
-  explicit Out(Call&) {}
-  std::string text() const { return "out()"; }
-  std::tuple<CoeffWire*> c() { return {wire.get()}; }
-  coeff_t value() const { return wire.value(); }
-  Wire wire;
+struct Out : Operand<CoeffWire*> {
+  explicit Out(Call&) : wire(1) { text = "out()", c = {wire.c.data()}; }
+  coeff_t value() const { return value_of(wire.c[0]); }
+  Written wire;
+};
+// Room for plain numbers.
+template <typename T>
+struct Room : Operand<T*> {
+  explicit Room(Call&) : values(256) { this->text = "(void*)room", this->c = {values.data()}; }
+  std::vector<T> values;
 };
 
 template <typename T, int kFrom, int kTo>
-struct Number {
+struct Number : Operand<T> {
   explicit Number(Call& call)
-      : value(static_cast<T>(kFrom + static_cast<int>(call.draw(kTo - kFrom)))) {}
-  std::string text() const { return std::to_string(value); }
-  std::tuple<T> c() const { return {value}; }
+      : value(static_cast<T>(kFrom + static_cast<int>(call.draw(kTo - kFrom)))) {
+    this->text = std::to_string(value), this->c = {value};
+  }
   T value;
 };
 
-// A null name, which draws a generated one.
-struct NoName {
-  explicit NoName(Call&) {}
-  std::string text() const { return "0"; }
-  std::tuple<const char*> c() const { return {nullptr}; }
+// A name for something new; none draws a generated one.
+struct Name : Operand<const char*> {
+  explicit Name(Call& call);
+  const char* value;
 };
 
 // An object in a slot; now and then a term inside an expression, or an expression inside an array.
 template <typename Pointer>
-struct In {
+struct In : Valued<Pointer> {
   using Handle = std::remove_const_t<std::remove_pointer_t<Pointer>>;
   using K = Kind<Handle>;
 
   explicit In(Call& call) : slot(call.draw(kSlots)), home(&world->things[K::id][slot]) {
-    name = std::string(K::name) + "[" + std::to_string(slot) + "]";
-    const uint64_t within = call.draw(64);
+    const std::string at = "[" + std::to_string(slot) + "]";
+    this->text = K::name + at;
+    this->model = *home;
+    this->is_array = K::id >= kVars;
     handle = static_cast<Pointer>(home->handle);
-    model = *home;
+    const uint64_t within = call.draw(64);
     if constexpr (std::is_same_v<Handle, zorv_expr>) {
       Thing& array = world->things[kExprs][slot];
-      if (within >= 8 || array.e.empty()) return;
-      home = &array;
-      index = within % array.e.size();
-      handle = zorv_array_expr_ref(static_cast<zorv_array_expr*>(array.handle), index);
-      name = "zorv_array_expr_ref(array_expr[" + std::to_string(slot) + "], " +
-             std::to_string(index) + ")";
-      model = {nullptr, {}, {array.e[index]}};
+      if (within < 8 && !array.e.empty()) {
+        home = &array;
+        index = within % array.e.size();
+        handle = zorv_array_expr_ref(static_cast<zorv_array_expr*>(array.handle), index);
+        this->text = "zorv_array_expr_ref(array_expr" + at + ", " + std::to_string(index) + ")";
+        this->model = {nullptr, {}, {array.e[index]}};
+      }
     } else if constexpr (std::is_same_v<Pointer, const zorv_term*>) {
       const auto* e = static_cast<zorv_expr*>(world->things[kExpr][slot].handle);
-      if (within >= 16 || zorv_expr_term_count(e) == 0) return;
-      const uint64_t i = within % zorv_expr_term_count(e);
-      handle = zorv_expr_term_at(e, i);
-      name = "zorv_expr_term_at(expr[" + std::to_string(slot) + "], " + std::to_string(i) + ")";
-      model = {nullptr, {}, {plain(read(handle))}};
+      if (within < 16 && zorv_expr_term_count(e) > 0) {
+        const uint64_t i = within % zorv_expr_term_count(e);
+        handle = zorv_expr_term_at(e, i);
+        this->text = "zorv_expr_term_at(expr" + at + ", " + std::to_string(i) + ")";
+        this->model = {nullptr, {}, {plain(read(handle))}};
+      }
     }
+    this->c = {handle};
   }
-  std::string text() const { return name; }
-  std::tuple<Pointer> c() const { return {handle}; }
-  bool is_slot() const { return home->handle == handle; }
   // After a call that changed the object.
   void store(Thing should) {
+    should.handle = const_cast<Handle*>(handle);
+    if (home->handle == handle) return put(K::id, slot, std::move(should));
     compare(handle, K::id, should);
-    if (is_slot()) {
-      should.handle = home->handle;
-      *home = std::move(should);
-      prune(K::id, slot);
-    } else {
-      home->e[index] = std::move(should.e[0]);
-    }
+    home->e[index] = std::move(should.e[0]);
   }
 
   size_t slot;
   Thing* home;
-  std::string name;
   Pointer handle;
-  Thing model;
   size_t index = 0;
 };
 
-// An object that the call consumes; its slot gets a fresh one.
-template <typename Handle>
-struct Taken : In<Handle*> {
-  explicit Taken(Call& call) : In<Handle*>(call) { call.usable = call.usable && this->is_slot(); }
+// A term for the call to consume.
+struct Taken : Valued<zorv_term*> {
+  explicit Taken(Call& call) {
+    const In<const zorv_term*> original(call);
+    text = "zorv_term_clone(" + original.text + ")", c = {zorv_term_clone(original.handle)};
+    model = original.model;
+  }
 };
 
-struct Literals {
+struct Literals : Valued<const uint32_t*, uint32_t> {
   explicit Literals(Call& call);
-  std::string text() const {
-    return numbers_text("uint32_t", values) + ", " + std::to_string(values.size());
-  }
-  std::tuple<const uint32_t*, uint32_t> c() const {
-    return {values.data(), static_cast<uint32_t>(values.size())};
-  }
-  std::vector<uint32_t> values;
-  Thing model;  // their product
+  std::vector<uint32_t> values;  // the model is their product
 };
 
-// The literals of a term as a head pair and a block, which is copied or adopted.
-enum class Block { kCopied, kAdopted };
-template <Block kBlock>
-struct Head : Literals {
-  explicit Head(Call& call) : Literals(call) {}
-  uint64_t pair() const {
-    const uint32_t low = values.empty() ? kNothing : values[0];
-    const uint32_t high = values.size() < 2 ? kNothing : values[1];
-    return low | static_cast<uint64_t>(high) << 32;
-  }
-  std::vector<uint32_t> block() const {
-    std::vector<uint32_t> rest;
-    if (values.size() > 2) {
-      rest.assign(values.begin() + 2, values.end());
-      rest.push_back(kNothing);
-    }
-    return rest;
-  }
-  std::string text() const {
-    const std::string rest = values.size() > 2 ? numbers_text("uint32_t", block()) : "0";
-    return std::to_string(pair()) + "u, " +
-           (kBlock == Block::kCopied ? rest : "adopted(" + rest + ")");
-  }
-  auto c() {
-    rest = block();
-    if constexpr (kBlock == Block::kCopied) {
-      return std::tuple<uint64_t, const uint32_t*>(pair(), rest.empty() ? nullptr : rest.data());
+// The literals of a term as a head pair and a block, which is copied, or adopted as a number.
+uint64_t adopted(const std::vector<uint32_t>& block);
+template <typename Block>
+struct Head : Valued<uint64_t, Block> {
+  explicit Head(Call& call) : literals(call), rest(literals.values) {
+    this->model = literals.model;
+    rest.resize(std::max(rest.size(), size_t{2}), kNothing);
+    const uint64_t pair = rest[0] | static_cast<uint64_t>(rest[1]) << 32;
+    rest.erase(rest.begin(), rest.begin() + 2);
+    if (!rest.empty()) rest.push_back(kNothing);
+    this->text = rest.empty() ? "0" : numbers_text("uint32_t", rest);
+    if constexpr (std::is_pointer_v<Block>) {
+      this->c = {pair, rest.empty() ? nullptr : rest.data()};
     } else {
-      uint32_t* own = nullptr;
-      if (!rest.empty()) {
-        own = static_cast<uint32_t*>(std::malloc((values.size() & ~size_t{1}) * sizeof(uint32_t)));
-        std::copy(rest.begin(), rest.end(), own);
-      }
-      return std::tuple<uint64_t, uint64_t>(pair(), reinterpret_cast<uint64_t>(own));
+      this->c = {pair, adopted(rest)};
+      this->text = "adopted(" + this->text + ")";
     }
+    this->text = std::to_string(pair) + "u, " + this->text;
   }
+  Literals literals;
   std::vector<uint32_t> rest;
 };
 
-// n terms in flat arrays.
-struct Bulk {
+// n terms in flat arrays; the model is their sum.
+struct Bulk : Valued<uint64_t, const CoeffWire*, const uint32_t*, const uint32_t*> {
   explicit Bulk(Call& call);
-  std::string text() const;
-  std::tuple<uint64_t, const CoeffWire*, const uint32_t*, const uint32_t*> c() {
-    return {degs.size(), wires->c.data(), degs.data(), vars.data()};
-  }
-  std::vector<coeff_t> coeffs;
-  std::optional<Wires> wires;
   std::vector<uint32_t> degs, vars;
-  Thing model;
+  std::optional<Wires> wires;
 };
 
 // Lower and upper ends and their number.
-struct Intervals {
+struct Intervals : Operand<const CoeffWire*, const CoeffWire*, uint64_t> {
   explicit Intervals(Call& call);
-  std::string text() const;
-  std::tuple<const CoeffWire*, const CoeffWire*, uint64_t> c() {
-    return {lows->c.data(), highs->c.data(), ranges.size()};
-  }
   std::vector<Interval> ranges;
   std::optional<Wires> lows, highs;
 };
 
-// Literals and the expressions in their places.
-struct Replacements {
-  explicit Replacements(Call& call);
-  std::string text() const;
-  std::tuple<const uint32_t*, zorv_expr* const*, uint64_t> c() {
-    return {keys.data(), exprs.data(), keys.size()};
-  }
-  std::vector<uint32_t> keys;
-  std::vector<size_t> slots;
-  std::vector<zorv_expr*> exprs;
-};
-
 // Extents: all arrays have one of a few shapes, so that two of them often fit together.
-struct Extents {
+struct Extents : Operand<const uint64_t*, size_t> {
   explicit Extents(Call& call);
-  std::string text() const {
-    return numbers_text("uint64_t", shape) + ", " + std::to_string(shape.size());
-  }
-  std::tuple<const uint64_t*, size_t> c() const { return {shape.data(), shape.size()}; }
   Shape shape;
 };
 
@@ -324,17 +320,63 @@ template <typename C>
 struct Deduce {
   using type = In<C>;
 };
-template <>
-struct Deduce<const CoeffWire*> {
-  using type = Coeff;
+#define ZORV_DEDUCE(c_type, operand) \
+  template <>                        \
+  struct Deduce<c_type> {            \
+    using type = operand;            \
+  };
+ZORV_DEDUCE(const CoeffWire*, Coeff)
+ZORV_DEDUCE(CoeffWire, Coeff)
+ZORV_DEDUCE(CoeffWire*, Out)
+ZORV_DEDUCE(uint32_t, Literal)
+ZORV_DEDUCE(const char*, Name)
+#undef ZORV_DEDUCE
+
+// Elements for lists that begin with (const T* elements, ...).
+template <typename T>
+struct Elements {
+  Elements(Call& call, uint64_t n) {
+    while (own.size() < n) own.emplace_back(call);
+    std::string type = "uint32_t";
+    if constexpr (std::is_pointer_v<T>) type = "void*";
+    if constexpr (std::is_same_v<T, CoeffWire>) type = "CoeffWire", text = "*";
+    text = "(" + type + "[]){";
+    for (auto& operand : own) {
+      if constexpr (std::is_same_v<T, CoeffWire>) {
+        list.push_back(*std::get<0>(operand.c));
+        text += "*";
+      } else {
+        list.push_back(std::get<0>(operand.c));
+      }
+      text += operand.text + ", ";
+      e.push_back(operand.model.e[0]);
+    }
+    text += std::is_same_v<T, CoeffWire> ? "{0, 0, 0}}" : "0}";
+  }
+  std::vector<typename Deduce<T>::type> own;
+  std::vector<T> list;
+  std::vector<Elem> e;
+  std::string text;
 };
-template <>
-struct Deduce<CoeffWire*> {
-  using type = Out;
+// An array by its elements and its shape.
+template <typename T>
+struct Data : Valued<const T*, const uint64_t*, size_t> {
+  explicit Data(Call& call) : extents(call), elements(call, extent(extents.shape)) {
+    this->text = elements.text + ", " + extents.text;
+    this->c = std::tuple_cat(std::tuple(elements.list.data()), extents.c);
+    this->model = {nullptr, extents.shape, elements.e};
+  }
+  Extents extents;
+  Elements<T> elements;
 };
-template <>
-struct Deduce<uint32_t> {
-  using type = Literal;
+using Expr = zorv_expr*;
+// Expressions in no array.
+struct Exprs : Operand<const Expr*, uint64_t> {
+  explicit Exprs(Call& call) : elements(call, call.draw(4)) {
+    text = elements.text + ", " + std::to_string(elements.list.size());
+    c = {elements.list.data(), elements.list.size()};
+  }
+  Elements<Expr> elements;
 };
 
 // ---- Tables of calls ----------------------------------------------------------------------------
@@ -342,20 +384,12 @@ struct Deduce<uint32_t> {
 struct Op {
   std::string name;
   std::function<void(Call&)> run;
+  uint64_t made = 0;  // legal calls
 };
 std::vector<Op>& ops();
 
 // Runs an illegal call in a child process: one line and an abort, or the driver says so.
 void expect_abort(const std::string& text, const std::function<void()>& call);
-
-void put(KindId kind, size_t slot, Thing result);
-// Replaces what has grown too large to follow.
-void prune(KindId kind, size_t slot);
-// Gives the slot of a consumed object something new.
-void refill_taken(KindId kind, size_t slot, const void* taken);
-
-// Calls without operands that were drawn, such as those that read a model.
-#define ZORV_DO(call) (say(#call ";"), call)
 
 template <typename... Args>
 struct Table {
@@ -363,20 +397,20 @@ struct Table {
   template <typename R, typename... A, typename F>
   static void each(const char* name, R (*function)(A...), F f) {
     whole(name, function, [f](Call& call, const auto&... args) {
-      Thing result;
+      Thing result{nullptr, {}, std::vector<Elem>(1)};
       bool is_array = false;
-      [[maybe_unused]] const auto look = [&](const auto& arg) {
-        if constexpr (requires { arg.handle; }) {
-          using K = typename std::remove_cvref_t<decltype(arg)>::K;
-          if (K::id < kVars) return;
+      [[maybe_unused]] const auto fit = [&](const auto& arg) {
+        if constexpr (requires { arg.is_array; }) {
+          if (!arg.is_array) return;
           if (is_array && arg.model.shape != result.shape) call.legal = false;
-          if (!is_array) result.shape = arg.model.shape;
+          if (!is_array) result.shape = arg.model.shape, result.e.resize(arg.model.e.size());
           is_array = true;
         }
       };
-      (look(args), ...);
-      const size_t n = is_array ? extent(result.shape) : 1;
-      for (size_t i = 0; call.legal && i < n; ++i) result.e.push_back(f(call, element(args, i)...));
+      (fit(args), ...);
+      for (size_t i = 0; call.legal && i < result.e.size(); ++i) {
+        result.e[i] = f(call, element(args, i)...);
+      }
       return result;
     });
   }
@@ -387,29 +421,29 @@ struct Table {
     add(name, [=](Call& call, const std::string& text, auto&... args) {
       Thing should = f(call, std::as_const(args)...);
       if constexpr (std::is_void_v<R>) {
-        if (!perform(call, text + ";", function, args...)) return;
-        std::get<0>(std::tie(args...)).store(std::move(should));
+        if (perform(call, text, function, args...)) {
+          std::get<0>(std::tie(args...)).store(std::move(should));
+        }
       } else {
         using K = Kind<std::remove_pointer_t<R>>;
-        const size_t slot = call.draw(kSlots);
-        const std::string line =
-            std::string("PUT(") + K::name + ", " + std::to_string(slot) + ", " + text + ");";
-        const auto handle = perform(call, line, function, args...);
+        const auto handle = perform(
+            call,
+            std::string("PUT(") + K::name + ", " + std::to_string(call.target) + ", " + text + ")",
+            function, args...);
         if (!handle) return;
-        should.handle = const_cast<void*>(static_cast<const void*>(*handle));
-        put(K::id, slot, std::move(should));
+        should.handle = *handle;
+        put(K::id, call.target, std::move(should));
       }
-      (refill(args), ...);
     });
   }
 
-  // check(call, what the call gave, operands...) tells whether it is right; before(call,
-  // operands...) sets `legal` and `usable`.
+  // check(what the call gave, operands...) tells whether it is right; before(call, operands...)
+  // sets `legal` and `usable`.
   template <typename R, typename... A, typename F, typename Before>
   static void query(const char* name, R (*function)(A...), F check, Before before) {
     add(name, [=](Call& call, const std::string& text, auto&... args) {
       before(call, std::as_const(args)...);
-      const auto got = perform(call, text + ";", function, args...);
+      const auto got = perform(call, text, function, args...);
       if (got && !check(*got, std::as_const(args)...)) wrong(text);
     });
   }
@@ -419,18 +453,6 @@ struct Table {
   }
 
  private:
-  // What is consumed may be an operand once only.
-  template <typename Arg>
-  static void refuse_twice(Call&, const Arg&, const auto&...) {}
-  template <typename Handle>
-  static void refuse_twice(Call& call, const Taken<Handle>& taken, const auto&... all) {
-    const auto is_it = [&](const auto& arg) {
-      if constexpr (requires { arg.handle; })
-        return static_cast<const void*>(arg.handle) == taken.handle;
-      return false;
-    };
-    if ((0 + ... + is_it(all)) > 1) call.usable = false;
-  }
   template <typename Arg>
   static decltype(auto) element(const Arg& arg, size_t i) {
     if constexpr (requires { arg.model.e; }) {
@@ -439,25 +461,16 @@ struct Table {
       return (arg);
     }
   }
-  template <typename Arg>
-  static void refill(Arg&) {}
-  template <typename Handle>
-  static void refill(Taken<Handle>& taken) {
-    refill_taken(Kind<Handle>::id, taken.slot, taken.handle);
-  }
 
   template <typename F>
   static void add(const char* name, F f) {
     ops().push_back({name, [=](Call& call) {
                        std::tuple<Args...> args{Args(call)...};
-                       std::apply([&](auto&... arg) { (refuse_twice(call, arg, arg...), ...); },
-                                  args);
-                       if (!call.usable) return;
                        std::apply(
                            [&](auto&... arg) {
                              std::string text = std::string(name) + "(";
-                             if (printing) ((text += arg.text() + ", "), ...);
-                             if (printing && sizeof...(Args) > 0) text.resize(text.size() - 2);
+                             ((text += arg.text + ", "), ...);
+                             if (sizeof...(Args) > 0) text.resize(text.size() - 2);
                              f(call, text + ")", arg...);
                            },
                            args);
@@ -467,14 +480,12 @@ struct Table {
   // Makes the call if it is legal and returns what it gives, true for nothing.
   template <typename R, typename... A>
   static auto perform(Call& call, const std::string& line, R (*function)(A...), auto&... args) {
-    const auto go = [&] { return std::apply(function, std::tuple_cat(args.c()...)); };
+    const auto go = [&] { return std::apply(function, std::tuple_cat(args.c...)); };
     std::optional<std::conditional_t<std::is_void_v<R>, bool, R>> got;
+    if (call.usable && !call.legal && call.draw(48) == 0) expect_abort(line, [&] { go(); });
+    call.usable = call.usable && call.legal;
     if (!call.usable) return got;
-    if (!call.legal) {
-      if (call.draw(16) == 0) expect_abort(line, [&] { go(); });
-      return got;
-    }
-    say(line);
+    say(line + ";");
     if constexpr (std::is_void_v<R>) {
       go();
       got = true;
@@ -484,8 +495,6 @@ struct Table {
     return got;
   }
 };
-template <typename... A>
-Table<typename Deduce<A>::type...> table_of(void (*)(A...));
 template <typename R, typename... A>
 Table<typename Deduce<A>::type...> table_of(R (*)(A...));
 

@@ -1,4 +1,4 @@
-// Terms, expressions, integers and constraints.
+// Variables, terms, expressions, integers and constraints.
 #include <cstring>
 
 #include "fuzz/call.h"
@@ -8,64 +8,51 @@ namespace zorv::fuzz {
 namespace {
 
 // The values of all variables that were drawn from, as zorv_expr_eval_map takes them.
-struct Values {
-  explicit Values(Call&) : literals(world->literals) {
-    for (const uint32_t literal : literals) own.emplace_back(world->value(literal, kBits));
-    for (Wire& wire : own) wires.push_back(wire.get());
-  }
-  bool cover(const zorv_expr* e) const {
-    for (uint64_t i = 0; i < zorv_expr_term_count(e); ++i) {
-      const zorv_term* t = zorv_expr_term_at(e, i);
-      for (uint32_t j = 0; j < zorv_term_degree(t); ++j) {
-        const uint32_t v = zorv_term_var_at(t, j) & ~kComplementBit;
-        if (std::find(literals.begin(), literals.end(), v) == literals.end()) return false;
-      }
+struct Values : Operand<const uint32_t*, const CoeffWire* const*, uint64_t> {
+  explicit Values(Call&) {
+    for (const uint32_t literal : world->literals) {
+      own.emplace_back(std::vector<coeff_t>{world->value(literal, kBits)});
     }
-    return true;
+    for (const Wires& wires : own) list.push_back(wires.c.data());
+    text = numbers_text("uint32_t", world->literals) + ", " +
+           list_text("const CoeffWire*", own, [](auto& wires) { return wires.text; }) + ", " +
+           std::to_string(list.size());
+    c = {world->literals.data(), list.data(), list.size()};
   }
-  std::string text() const {
-    std::string all = numbers_text("uint32_t", literals) + ", (const CoeffWire*[]){";
-    for (const Wire& wire : own) all += "&(CoeffWire)" + text_of(wire.value()) + ", ";
-    return all + "0}, " + std::to_string(literals.size());
+  std::vector<Wires> own;
+  std::vector<const CoeffWire*> list;
+};
+
+// Literals and the expressions in their places.
+struct Replacements : Operand<const uint32_t*, const Expr*, uint64_t> {
+  explicit Replacements(Call& call) : exprs(call, call.draw(4)) {
+    while (keys.size() < exprs.list.size()) keys.push_back(Literal(call).value);
+    text = numbers_text("uint32_t", keys) + ", " + exprs.text + ", " + std::to_string(keys.size());
+    c = {keys.data(), exprs.list.data(), keys.size()};
   }
-  std::tuple<const uint32_t*, const CoeffWire* const*, uint64_t> c() const {
-    return {literals.data(), wires.data(), literals.size()};
-  }
-  std::vector<uint32_t> literals;
-  std::vector<Wire> own;
-  std::vector<const CoeffWire*> wires;
+  Elements<Expr> exprs;
+  std::vector<uint32_t> keys;
 };
 
 // How the tag of the first operand fares when something is added to it.
-enum class Rule { kJoin, kKeep, kClear };
+enum class Rule { kJoin, kKeep };
 
 template <Rule kRule>
 Elem tagged(Call& call, const Elem& e, const Poly& added, int sign) {
   const Poly p = e.p + number(sign) * added;
-  if (kRule == Rule::kJoin)
-    return e.constrained() ? joined({e, plain(added)}, p, call.legal) : plain(p);
-  return kRule == Rule::kKeep ? kept(e, p) : plain(p);
+  if (kRule == Rule::kKeep) return kept(e, p);
+  return e.constrained() ? joined({e, plain(added)}, p, call.legal) : plain(p);
 }
 template <Rule kRule, int kSign = 1>
-constexpr auto adding = [](Call& call, const Elem& e, const Elem& b, const auto&...) {
-  return tagged<kRule>(call, e, b.p, kSign);
-};
-// With a coefficient before the literals.
-template <Rule kRule, int kSign = 1>
-constexpr auto adding_scaled = [](Call& call, const Elem& e, const Elem& c, const Elem& b) {
-  return tagged<kRule>(call, e, c.p * b.p, kSign);
+constexpr auto adding = [](Call& call, const Elem& e, const Elem& b, const auto&... factor) {
+  return tagged<kRule>(call, e, (b.p * ... * factor.p), kSign);
 };
 
 constexpr auto same = [](Call&, const Elem& e, const auto&...) { return e; };
 constexpr auto sum = [](Call&, const Elem& a, const Elem& b) { return plain(a.p + b.p); };
 constexpr auto difference = [](Call&, const Elem& a, const Elem& b) { return plain(a.p - b.p); };
-constexpr auto product = [](Call&, const Elem& a, const Elem& b, const auto&...) {
-  return plain(a.p * b.p);
-};
-constexpr auto negative = [](Call& call, const Elem& e) {
-  const Poly p = number(-1) * e.p;
-  return e.declared() ? scaled(e, -1, p, call.legal) : plain(p);
-};
+constexpr auto product = [](Call&, const Elem& a, const Elem& b) { return plain(a.p * b.p); };
+constexpr auto open = [](Call&, const auto&...) { return plain(Poly()); };
 
 // A product of polynomials, which no declared constraint survives.
 constexpr auto free_product = [](Call& call, const Elem& a, const auto&... b) {
@@ -76,7 +63,7 @@ constexpr auto times_integer = [](Call& call, const Elem& e, const Elem& c) {
   return scaled(e, c.integer(), e.p * c.p, call.legal);
 };
 
-// e + b: `shortcut` for the sum in place, in which a zero adopts the constraints of the other side.
+// e + b: in place a zero adopts the constraints of the other side.
 template <bool kInPlace>
 constexpr auto sum_of_both = [](Call& call, const auto& a, const auto& b) {
   const Elem &x = a.model.e[0], &y = b.model.e[0];
@@ -93,20 +80,86 @@ constexpr auto difference_of_both = [](Call& call, const Elem& a, const Elem& b)
   return b.declared() ? joined({a, scaled(b, -1, {}, call.legal)}, p, call.legal) : kept(a, p);
 };
 
-// Division is exact or an abort; which of them depends on coefficients, so those are read.
-bool divides(const coeff_t& c, const zorv_expr* e) {
-  Wire gcd;
-  zorv_expr_gcd(e, gcd.get());
-  return c != 0 && gcd.value() % c == 0;
+// The name of an element of a block; `got` names the literal whose turn it is.
+bool is_named(uint32_t literal, const Name& name, const Shape& shape, uint64_t i) {
+  std::string indices;
+  for (size_t k = shape.size(); k-- > 0; i /= shape[k]) {
+    indices = "[" + std::to_string(i % shape[k]) + "]" + indices;
+  }
+  const std::string got = zorv_var_str(literal);
+  const bool given = name.value != nullptr && *name.value != '\0';
+  return given ? got == name.value + indices : got[0] == '{' && got.ends_with("}" + indices);
 }
-constexpr auto quotient = [](const coeff_t& a, const coeff_t& b) { return coeff_t(a / b); };
+bool are_named(uint32_t first, const Name& name, const Shape& shape) {
+  bool all = true;
+  for (uint64_t i = 0; i < extent(shape); ++i) {
+    all = all && is_named(first + static_cast<uint32_t>(i), name, shape, i);
+  }
+  return all;
+}
+
+void variables() {
+  QUERY(new_var, [](uint32_t v, auto& name) {
+    return v + 1 == zorv_var_count() && is_named(v, name, {}, 0);
+  });
+  Table<Name, Extents>::query(FN(new_var_array), [](uint32_t first, auto& name, auto& extents) {
+    return first + extent(extents.shape) == zorv_var_count() &&
+           are_named(first, name, extents.shape);
+  });
+  const auto extends = [](Call& call, auto&... operands) {
+    const auto bounds = std::tie(operands...);
+    constexpr size_t n = sizeof...(operands);
+    call.legal = std::get<n - 2>(bounds).value < std::get<n - 1>(bounds).value;
+  };
+  const auto known = [](uint32_t atom, const coeff_t& lo, const coeff_t& hi) {
+    world->atoms.emplace_back(lo, hi);
+    return got<2>(zorv_int_var_bounds, atom) == std::array<coeff_t, 2>{lo, hi};
+  };
+  QUERY(
+      new_int_var,
+      [=](uint32_t atom, auto& name, auto& lo, auto& hi) {
+        return atom + 1 == kAtomBit + zorv_int_var_count() && known(atom, lo.value, hi.value) &&
+               is_named(atom, name, {}, 0);
+      },
+      extends);
+  Table<Name, Extents, SmallCoeff, Coeff>::query(
+      FN(new_int_var_array),
+      [=](uint32_t first, auto& name, auto& extents, auto& lo, auto& hi) {
+        const auto n = static_cast<uint32_t>(extent(extents.shape));
+        bool right = first + n == kAtomBit + zorv_int_var_count();
+        for (uint32_t i = 0; i < n; ++i) right = known(first + i, lo.value, hi.value) && right;
+        return right && are_named(first, name, extents.shape);
+      },
+      extends);
+  QUERY(
+      int_var_bounds,
+      [](bool, auto& atom, auto& lo, auto& hi) {
+        return Interval(lo.value(), hi.value()) == world->atoms[atom.value - kAtomBit];
+      },
+      [](Call& call, auto& atom, auto&...) { call.legal = (atom.value & kAtomBit) != 0; });
+  QUERY(var_str, [](const std::string& text, auto& literal) {
+    const bool negated = (literal.value & kComplementBit) != 0;
+    return text ==
+           (negated ? "~" : "") + std::string(zorv_var_str(literal.value & ~kComplementBit));
+  });
+  QUERY(auto_var_name, [](const std::string& name) { return name != zorv_auto_var_name(); });
+  QUERY(used_var_count, [](uint64_t n) {
+    n -= zorv_var_count();
+    for (const auto& [lo, hi] : world->atoms) {
+      const Wires ends({lo, hi});
+      n -= zorv_comp_coeffs_count(&ends.c[0], &ends.c[1]);
+    }
+    return n == 0;
+  });
+  QUERY(const_str,
+        [](const std::string& text, auto&) { return text == "Invalid string parameter"; });
+}
 
 void terms() {
   EACH(term_create, same);
   EACH(term_create_var, product);
-  EACH(term_create_var_var,
-       [](Call&, auto& c, auto& a, auto& b) { return plain(c.p * a.p * b.p); });
-  Table<Coeff, Head<Block::kCopied>>::each(FN(term_create_vararray), product);
+  EACH(term_create_var_var, free_product);
+  Table<Coeff, Head<const uint32_t*>>::each(FN(term_create_vararray), product);
   EACH(term_clone, same);
   EACH(term_mul_var, product);
   EACH(term_mul_coeff, product);
@@ -115,36 +168,36 @@ void terms() {
   Table<In<zorv_term*>, In<const zorv_term*>>::each(
       "(void)zorv_term_mul_term_move",
       +[](zorv_term* a, const zorv_term* b) {
-        if (zorv_term_mul_term_move(a, b) != a) wrong("another term");
+        check(zorv_term_mul_term_move(a, b) == a, "another term");
       },
       product);
   EACH(term_negate, [](Call&, auto& t) { return plain(number(-1) * t.p); });
   WHOLE(term_div_coeff, [](Call& call, auto& t, auto& c) {
-    Wire own;
-    zorv_term_coeff(t.handle, own.get());
-    call.legal = c.value != 0 && own.value() % c.value == 0;
-    const Poly p = call.legal ? pointwise(t.model.e[0].p, number(c.value), quotient) : Poly();
-    return Thing{nullptr, {}, {plain(p)}};
+    const coeff_t own = got(zorv_term_coeff, t.handle);
+    return Thing{nullptr, {}, {divided(call, t.model.e[0], c.value, own)}};
   });
-  QUERY(term_str, [](const char* text, auto&) { return *text != '\0'; });
+  QUERY(term_str, [](const std::string& text, auto& t) {
+    const coeff_t c = got(zorv_term_coeff, t.handle);
+    if (zorv_term_degree(t.handle) == 0) return text == c.str();
+    std::string all = c == -1 ? "-" : c == 1 ? "" : c.str() + "*";
+    for (const uint32_t v : literals_of(t.handle)) all += std::string(zorv_var_str(v)) + "*";
+    return text + "*" == all;
+  });
 }
 
 void building() {
-  using T = In<const zorv_term*>;
+  using Moved = Head<uint64_t>;
+  const auto product_sum = [](Call&, auto& c, auto& v, auto& k) { return plain(c.p * v.p + k.p); };
   Table<>::each(FN(expr_create), [](Call&) { return plain(number(0)); });
   EACH(expr_create_int, same);
   EACH(expr_create_var, same);
   Table<In<zorv_term*>, Number<int, 0, 1>>::each(FN(expr_create_term), same);
-  Table<Taken<zorv_term>, Number<int, 1, 2>>::each(FN(expr_create_term), same);
+  Table<Taken, Number<int, 1, 2>>::each(FN(expr_create_term), same);
   EACH(expr_clone, same);
   EACH(exprexprelem_clone, same);
   EACH(varintelem_clone, same);
-  Table<Coeff, Literals, Coeff>::each(
-      FN(expr_create_raw_term),
-      [](Call&, auto& c, auto& v, auto& k) { return plain(c.p * v.p + k.p); });
-  Table<Coeff, Head<Block::kAdopted>, Coeff>::each(
-      FN(expr_create_move_term),
-      [](Call&, auto& c, auto& v, auto& k) { return plain(c.p * v.p + k.p); });
+  Table<Coeff, Literals, Coeff>::each(FN(expr_create_raw_term), product_sum);
+  Table<Coeff, Moved, Coeff>::each(FN(expr_create_move_term), product_sum);
   Table<Coeff, Literals, Coeff, Literals>::each(
       FN(expr_create_add_raw_terms),
       [](Call&, auto& c, auto& v, auto& d, auto& w) { return plain(c.p * v.p + d.p * w.p); });
@@ -155,29 +208,26 @@ void building() {
   EACH(expr_create_add_term_int, sum);
   EACH(expr_create_sub_int_term, difference);
   EACH(expr_create_add_term_term, sum);
-  Table<Taken<zorv_term>, T>::each(FN(expr_create_add_term_term_ml), sum);
-  Table<Taken<zorv_term>, Taken<zorv_term>>::each(FN(expr_create_add_term_term_mm), sum);
+  Table<Taken, In<const zorv_term*>>::each(FN(expr_create_add_term_term_ml), sum);
+  Table<Taken, Taken>::each(FN(expr_create_add_term_term_mm), sum);
   EACH(expr_create_sub_term_term, difference);
   Table<Coeff, Bulk>::each(FN(expr_create_from_bulk), sum);
-  Table<In<zorv_expr*>, Coeff, Bulk>::each(
-      FN(expr_iadd_terms_bulk),
-      [](Call&, auto& e, auto& k, auto& terms) { return kept(e, e.p + k.p + terms.p); });
-}
 
-void sums() {
   using E = In<zorv_expr*>;
-  using Moved = Head<Block::kAdopted>;
+  Table<E, Coeff, Bulk>::each(FN(expr_iadd_terms_bulk), [](Call&, auto& e, auto& k, auto& terms) {
+    return kept(e, e.p + k.p + terms.p);
+  });
   EACH(expr_iadd_var, adding<Rule::kJoin>);
   EACH(expr_iadd_term, adding<Rule::kJoin>);
-  Table<E, Taken<zorv_term>>::each(FN(expr_iadd_term_move), adding<Rule::kJoin>);
-  Table<E, Coeff, Literals>::each(FN(expr_iadd_raw_term), adding_scaled<Rule::kJoin>);
+  Table<E, Taken>::each(FN(expr_iadd_term_move), adding<Rule::kJoin>);
+  Table<E, Coeff, Literals>::each(FN(expr_iadd_raw_term), adding<Rule::kJoin>);
   EACH(expr_iadd_int, adding<Rule::kKeep>);
   EACH(expr_isub_int, (adding<Rule::kKeep, -1>));
   EACH(expr_isub_var, (adding<Rule::kKeep, -1>));
   EACH(expr_isub_term, (adding<Rule::kKeep, -1>));
-  Table<E, Coeff, Literals>::each(FN(expr_isub_raw_term), adding_scaled<Rule::kKeep, -1>);
-  Table<E, Coeff, Moved>::each(FN(expr_iadd_move_term), adding_scaled<Rule::kKeep>);
-  Table<E, Coeff, Moved>::each(FN(expr_isub_move_term), adding_scaled<Rule::kKeep, -1>);
+  Table<E, Coeff, Literals>::each(FN(expr_isub_raw_term), adding<Rule::kKeep, -1>);
+  Table<E, Coeff, Moved>::each(FN(expr_iadd_move_term), adding<Rule::kKeep>);
+  Table<E, Coeff, Moved>::each(FN(expr_isub_move_term), adding<Rule::kKeep, -1>);
   WHOLE(expr_iadd_expr, sum_of_both<true>);
   WHOLE(expr_clone_add_expr, sum_of_both<false>);
   EACH(expr_isub_expr, difference_of_both);
@@ -195,16 +245,20 @@ void sums() {
 void products() {
   EACH(expr_imul_int, times_integer);
   EACH(expr_clone_mul_int, times_integer);
-  EACH(expr_negate, negative);
+  EACH(expr_negate, [](Call& call, auto& e) {
+    const Poly p = number(-1) * e.p;
+    return e.declared() ? scaled(e, -1, p, call.legal) : plain(p);
+  });
   EACH(expr_imul_var, free_product);
-  Table<In<zorv_expr*>, Coeff, Head<Block::kCopied>>::each(FN(expr_imul_term_direct), free_product);
+  Table<In<zorv_expr*>, Coeff, Head<const uint32_t*>>::each(FN(expr_imul_term_direct),
+                                                            free_product);
   EACH(expr_imul_expr, free_product);
   EACH(expr_mul_expr, free_product);
   EACH(expr_sqr, [](Call& call, auto& e) { return free_product(call, e, e); });
   WHOLE(expr_idiv_int, [](Call& call, auto& e, auto& c) {
-    call.legal = !e.model.e[0].declared() && divides(c.value, e.handle);
-    const Poly p = call.legal ? pointwise(e.model.e[0].p, number(c.value), quotient) : Poly();
-    return Thing{nullptr, {}, {plain(p)}};
+    const Elem& x = e.model.e[0];
+    call.legal = !x.declared();
+    return Thing{nullptr, {}, {plain(divided(call, x, c.value, got(zorv_expr_gcd, e.handle)).p)}};
   });
 }
 
@@ -213,14 +267,24 @@ bool is_binary(const zorv_expr* e) {
   if (zorv_expr_has_int_atom(e)) return false;
   if (zorv_expr_has_body(e) && zorv_expr_has_int_atom(zorv_exprexprelem_get_body(e))) return false;
   for (uint64_t i = 0; i < zorv_cons_item_count(e); ++i) {
-    zorv_expr* body = nullptr;
-    Wire out[3];
-    zorv_cons_item_info(e, i, &body, out[0].get(), out[1].get(), out[2].get());
-    const bool binary = !zorv_expr_has_int_atom(body);
-    zorv_expr_destroy(body);
-    if (!binary) return false;
+    if (zorv_expr_has_int_atom(Body(e, i).e)) return false;
   }
   return true;
+}
+
+// By the definition, literal by literal.
+Elem replaced(Call& call, const zorv_expr* e, const Elem& was, const Replacements& map) {
+  call.usable = call.usable && zorv_expr_max_degree(e) <= 2;
+  Elem result = was.declared() ? rewritten(was, [](const Poly&) { return Poly(); }) : Elem();
+  for (size_t s = 0; call.usable && s < kSamples; ++s) {
+    result.p[s] = evaluate(e, [&](uint32_t literal) {
+      for (size_t i = map.keys.size(); i-- > 0;) {
+        if (map.keys[i] == literal) return *map.exprs.e[i].p[s];
+      }
+      return world->value(literal, s);
+    });
+  }
+  return result;
 }
 
 void rewriting() {
@@ -230,72 +294,75 @@ void rewriting() {
     call.usable = is_binary(e.handle);
     return Thing{nullptr, {}, {rewritten(e.model.e[0], only_spin)}};
   });
-  // Only there and back again does the value come again, 2^D fold.
-  Table<In<const zorv_expr*>>::whole(
-      "there_and_back",
-      +[](const zorv_expr* e) {
-        zorv_expr* spin = zorv_expr_binary_to_spin(e);
-        zorv_expr* back = zorv_expr_spin_to_binary(spin);
-        zorv_expr_destroy(spin);
-        return back;
-      },
-      [](Call& call, auto& e) {
-        const coeff_t factor = coeff_t(1) << zorv_expr_max_degree(e.handle);
-        call.legal = !e.model.e[0].declared() && !zorv_expr_has_int_atom(e.handle);
-        return Thing{nullptr, {}, {plain(number(factor) * only_bits(e.model.e[0].p))}};
-      });
+  // Variables are the same ones as spins and as bits.
+  WHOLE(expr_binary_to_spin, [](Call& call, auto& e) {
+    const Elem& x = e.model.e[0];
+    call.legal = !x.declared() && !zorv_expr_has_int_atom(e.handle);
+    Poly p;
+    p[kSpin] = *x.p[kBits] * (coeff_t(1) << zorv_expr_max_degree(e.handle));
+    return Thing{nullptr, {}, {plain(p)}};
+  });
+  WHOLE(expr_spin_to_binary, [](Call& call, auto& e) {
+    const Elem& x = e.model.e[0];
+    call.legal = !x.declared() && !zorv_expr_has_int_atom(e.handle);
+    Poly p;
+    p[kBits] = x.p[kSpin];
+    return Thing{nullptr, {}, {plain(p)}};
+  });
   Table<In<const zorv_expr*>, Replacements>::whole(
       FN(expr_replace), [](Call& call, auto& e, auto& map) {
-        call.usable = zorv_expr_max_degree(e.handle) <= 2;
-        Thing should{nullptr, {}, {e.model.e[0]}};
-        Elem& result = should.e[0];
-        result = result.declared() ? rewritten(result, [](const Poly&) { return Poly(); })
-                                   : plain(Poly());
-        if (!call.usable) return should;
-        // By the definition, literal by literal.
-        Poly& p = result.p;
-        for (size_t s = 0; s < kSamples; ++s) {
-          p[s] = evaluate(e.handle, [&](uint32_t literal) {
-            for (size_t i = map.keys.size(); i-- > 0;) {
-              if (map.keys[i] == literal) return *world->things[kExpr][map.slots[i]].e[0].p[s];
-            }
-            return world->value(literal, s);
-          });
+        return Thing{nullptr, {}, {replaced(call, e.handle, e.model.e[0], map)}};
+      });
+  Table<In<zorv_array_expr*>, Replacements>::whole(
+      FN(array_expr_replace), [](Call& call, auto& a, auto& map) {
+        Thing result = a.model;
+        for (size_t i = 0; i < result.e.size(); ++i) {
+          result.e[i] = replaced(call, zorv_array_expr_ref(a.handle, i), a.model.e[i], map);
         }
-        return should;
+        return result;
       });
 }
 
 void questions() {
-  EACH(expr_binarize, [](Call& call, auto& e) {
-    call.legal = !e.constrained();
-    return plain(only_bits(e.p));
+  WHOLE(expr_binarize, [](Call& call, auto& e) {
+    call.legal = !e.model.e[0].constrained();
+    call.usable = zorv_expr_max_degree(e.handle) <= 2;  // an atom has up to 65 bits
+    return Thing{nullptr, {}, {plain(only_bits(e.model.e[0].p))}};
   });
-  QUERY(expr_str, [](const char* text, auto&) { return *text != '\0'; });
+  QUERY(expr_str, [](const char* text, auto& e) {
+    const coeff_t k = got(zorv_expr_constant, e.handle);
+    const uint64_t n = zorv_expr_term_count(e.handle);
+    std::string all = k != 0 || n == 0 ? k.str() : "";
+    for (uint64_t i = 0; i < n; ++i) {
+      const zorv_term* t = zorv_expr_term_at(e.handle, i);
+      if (!all.empty()) all += got(zorv_term_coeff, t) < 0 ? " " : " +";
+      all += zorv_term_str(t);
+    }
+    return text == all;
+  });
   QUERY(expr_solver_type, [](const char* text, auto&) { return std::strcmp(text, "cppint") == 0; });
   QUERY(expr_has, [](int got, auto& e, auto& literal) {
-    bool has = false;
-    for (uint64_t i = 0; i < zorv_expr_term_count(e.handle); ++i) {
-      const zorv_term* t = zorv_expr_term_at(e.handle, i);
-      for (uint32_t j = 0; j < zorv_term_degree(t); ++j) {
-        has |= ((zorv_term_var_at(t, j) ^ literal.value) & ~kComplementBit) == 0;
-      }
-    }
-    return got == has;
+    const auto all = literals_of(e.handle);
+    return got == std::any_of(all.begin(), all.end(), [&](uint32_t other) {
+             return ((other ^ literal.value) & ~kComplementBit) == 0;
+           });
   });
   Table<In<const zorv_expr*>, Number<int, 0, 9>>::query(
       FN(expr_term_count_degree), [](uint64_t got, auto& e, auto& degree) {
-        uint64_t n = 0;
         for (uint64_t i = 0; i < zorv_expr_term_count(e.handle); ++i) {
-          n += static_cast<int>(zorv_term_degree(zorv_expr_term_at(e.handle, i))) == degree.value;
+          got -= zorv_term_degree(zorv_expr_term_at(e.handle, i)) == uint32_t(degree.value);
         }
-        return got == n;
+        return got == 0;
       });
   Table<In<const zorv_expr*>, Values, Out>::query(
       FN(expr_eval_map),
       [](bool, auto& e, auto&, auto& out) { return out.value() == *e.model.e[0].p[kBits]; },
-      [](Call& call, auto& e, auto& values, auto&) {
-        call.legal = !e.model.e[0].declared() && values.cover(e.handle);
+      [](Call& call, auto& e, auto&, auto&) {
+        const auto all = literals_of(e.handle);
+        call.legal = !e.model.e[0].declared() && std::all_of(all.begin(), all.end(), [](auto v) {
+          return std::count(world->literals.begin(), world->literals.end(), v & ~kComplementBit) >
+                 0;
+        });
       });
   QUERY(expr_pos_sum, [](bool, auto& e, auto& out) {
     return out.value() >= *e.model.e[0].p[kBits] && out.value() >= *e.model.e[0].p[kMoreBits];
@@ -305,31 +372,86 @@ void questions() {
   });
 }
 
+// A fresh VarInt: its record, and its polynomial as the record has it.
+zorv_expr* checked_varint(zorv_expr* e, const CoeffWire* lo, const CoeffWire* hi) {
+  const coeff_t least = value_of(*lo), most = std::max(least, value_of(*hi));
+  check(got(zorv_varintelem_min, e) == least && got(zorv_varintelem_max, e) == value_of(*hi),
+        "ends");
+  Poly value = number(least);
+  coeff_t all = least;
+  for (uint64_t i = 0; i < zorv_varintelem_var_count(e); ++i) {
+    const coeff_t c = got(zorv_varintelem_coeff, e, i);
+    value = value + number(c) * world->value(zorv_varintelem_var(e, i));
+    check(c > 0 && c <= all - least + 1, "a gap");
+    all += c;
+  }
+  check(all == most && read(e) == value, "VarInt");
+  return e;
+}
+
 void integers() {
-  // VarInt values: their bits are new variables, whose values are whatever they are.
-  Table<NoName, SmallCoeff, Coeff>::whole(FN(varintelem_create), [](Call&, auto&, auto&, auto&) {
-    return Thing{nullptr, {}, {{Poly(), Tag::kVarInt, {}, {}, 0}}};
-  });
+  const Elem varint = {Poly(), Tag::kVarInt, {}, {}, 0};
+  const auto fresh = [=](Call&, auto&...) { return varint; };
+  Table<Name, SmallCoeff, Coeff>::each(
+      "zorv_varintelem_create",
+      +[](const char* name, const CoeffWire* lo, const CoeffWire* hi) {
+        return checked_varint(zorv_varintelem_create(name, lo, hi), lo, hi);
+      },
+      fresh);
+  Table<Name, Extents, SmallCoeff, SmallCoeff>::whole(
+      "zorv_array_varint_create_uniform",
+      +[](const char* name, const uint64_t* shape, size_t rank, const CoeffWire* lo,
+          const CoeffWire* hi) {
+        zorv_array_expr* a = zorv_array_varint_create_uniform(name, shape, rank, lo, hi);
+        for (uint64_t i = 0; i < zorv_array_expr_size(a); ++i) {
+          checked_varint(zorv_array_expr_ref(a, i), lo, hi);
+        }
+        return a;
+      },
+      [=](Call&, auto&, auto& extents, auto&...) {
+        return Thing{nullptr, extents.shape, std::vector<Elem>(extent(extents.shape), varint)};
+      });
+  // Any coefficients and variables will do.
+  struct Bits : Operand<const CoeffWire*, const uint32_t*, uint64_t> {
+    explicit Bits(Call& call) : coeffs(call, call.draw(4)), literals(call, coeffs.list.size()) {
+      text = coeffs.text + ", " + literals.text + ", " + std::to_string(coeffs.list.size());
+      c = {coeffs.list.data(), literals.list.data(), coeffs.list.size()};
+    }
+    Elements<CoeffWire> coeffs;
+    Elements<uint32_t> literals;
+  };
+  Table<Name, SmallCoeff, SmallCoeff, Bits>::each(
+      FN(varintelem_create_with_vars), [=](Call&, auto&, auto& lo, auto&, auto& bits) {
+        Elem e = with(varint, lo.p);
+        for (size_t i = 0; i < bits.coeffs.e.size(); ++i) {
+          e.p = e.p + bits.coeffs.e[i].p * bits.literals.e[i].p;
+        }
+        return e;
+      });
   const auto legal = [](Call& call, auto& e, auto&...) {
     call.legal = e.model.e[0].tag == Tag::kVarInt;
   };
-  QUERY(
-      varintelem_min, [](bool, auto&, auto&) { return true; }, legal);
-  QUERY(
-      varintelem_max, [](bool, auto&, auto&) { return true; }, legal);
+  const auto some = [](bool, auto&, auto&) { return true; };  // looked at above
+  QUERY(varintelem_min, some, legal);
+  QUERY(varintelem_max, some, legal);
+  // Greedily from the last position.
   QUERY(
       varintelem_var_count,
       [](uint64_t n, auto& e) {
-        coeff_t sum;
-        Wire lo, hi;
-        zorv_varintelem_min(e.handle, lo.get()), zorv_varintelem_max(e.handle, hi.get());
-        for (uint64_t i = 0; i < n; ++i) {
-          Wire c;
-          zorv_varintelem_coeff(e.handle, i, c.get());
-          if (zorv_varintelem_var(e.handle, i) >= kAtomBit) return false;
-          sum += c.value();
+        const coeff_t value = got(zorv_varintelem_min, e.handle) + 3;
+        const Wires wire({value});
+        std::vector<uint32_t> vars(n);
+        Written digits(n);
+        check(zorv_varintelem_decompose(e.handle, wire.c.data(), vars.data(), digits.c.data()) == n,
+              "number of digits");
+        coeff_t left = 3;
+        for (uint64_t i = n; i-- > 0;) {
+          const coeff_t c = got(zorv_varintelem_coeff, e.handle, i);
+          if (vars[i] != zorv_varintelem_var(e.handle, i)) return false;
+          if (value_of(digits.c[i]) != (c <= left ? 1 : 0)) return false;
+          if (c <= left) left -= c;
         }
-        return sum == std::max(coeff_t(0), coeff_t(hi.value() - lo.value()));
+        return true;
       },
       legal);
   EACH(varintelem_replace_expr, [](Call&, auto& element, auto& e) { return with(element, e.p); });
@@ -357,15 +479,12 @@ void constraints() {
     if (!e.constrained()) marked.rest = e.p;
     return marked;
   });
-  EACH(cons_between, [](Call& call, auto& e, auto& lo, auto& hi) {
+  const auto between = [](Call& call, auto& e, auto& lo, auto& hi) {
     call.legal = !e.declared();
     return requirement(e, {}, lo.integer(), hi.integer());
-  });
-  Table<In<const zorv_expr*>, SmallCoeff, SmallCoeff>::each(
-      FN(cons_between), [](Call& call, auto& e, auto& lo, auto& hi) {
-        call.legal = !e.declared();
-        return requirement(e, {}, lo.integer(), hi.integer());
-      });
+  };
+  EACH(cons_between, between);
+  Table<In<const zorv_expr*>, SmallCoeff, SmallCoeff>::each(FN(cons_between), between);
   Table<In<const zorv_expr*>, Intervals>::each(FN(cons_equal), [](Call& call, auto& e, auto& in) {
     call.legal = !e.declared() && !in.ranges.empty();
     const auto [lo, hi] = hull(in.ranges);
@@ -391,15 +510,13 @@ void constraints() {
         entry.bounded = true, entry.allowed = in.ranges;
         return e;
       });
-  Table<In<const zorv_expr*>, Number<uint32_t, 0, 4>>::each(
+  using Exponent = Number<uint32_t, 0, 4>;
+  Table<In<const zorv_expr*>, Exponent>::each(
       FN(abs_term), [](Call& call, auto& f, auto& k) { return objective(call, f, k.value, 0); });
   // The lower bound of a relu term is min(0, neg_sum).
-  Table<In<const zorv_expr*>, Number<uint32_t, 0, 4>>::whole(FN(relu_term), [](Call& call, auto& f,
-                                                                               auto& k) {
-    Wire lo;
-    zorv_expr_neg_sum(f.handle, lo.get());
-    return Thing{
-        nullptr, {}, {objective(call, f.model.e[0], k.value, std::min(lo.value(), coeff_t(0)))}};
+  Table<In<const zorv_expr*>, Exponent>::whole(FN(relu_term), [](Call& call, auto& f, auto& k) {
+    const coeff_t lo = std::min(got(zorv_expr_neg_sum, f.handle), coeff_t(0));
+    return Thing{nullptr, {}, {objective(call, f.model.e[0], k.value, lo)}};
   });
   QUERY(exprexpr_get_bounds, [](int got, auto& e, auto& lo, auto& hi) {
     const Elem& x = e.model.e[0];
@@ -416,17 +533,10 @@ void constraints() {
       });
 }
 
-// Penalties with slack variables: what they are worth with the best slack.
-zorv_expr* checked_penalty(const zorv_expr* f, const CoeffWire* lo, const CoeffWire* hi) {
+zorv_expr* checked_between(const zorv_expr* f, const CoeffWire* lo, const CoeffWire* hi) {
   const auto first = static_cast<uint32_t>(zorv_var_count());
   zorv_expr* penalty = zorv_between(f, lo, hi);
-  const Poly value = read(f), at_best = least(penalty, first);
-  for (const size_t s : {kBits, kMoreBits}) {
-    if (!at_best[s]) continue;
-    const Entry entry = {{}, true, value_of(lo), value_of(hi), {}, 2, 0};
-    const bool holds = entry.lo > entry.hi || entry.violation(*value[s]) == 0;
-    if (holds ? *at_best[s] != 0 : *at_best[s] <= 0) wrong("penalty at its best");
-  }
+  check_penalty(penalty, read(f), value_of(*lo), value_of(*hi), first);
   return penalty;
 }
 zorv_expr* checked_expansion(const zorv_expr* e) {
@@ -434,15 +544,12 @@ zorv_expr* checked_expansion(const zorv_expr* e) {
   zorv_expr* expanded = zorv_expr_expand_cons(e);
   return least(expanded, first), expanded;
 }
-zorv_expr* checked_reduction(const zorv_expr* e) {
-  const auto first = static_cast<uint32_t>(zorv_var_count());
-  zorv_expr* reduced = zorv_expr_reduce(e);
+void check_reduction(const zorv_expr* e, const zorv_expr* reduced, uint32_t first) {
   const Poly value = read(e), at_best = least(reduced, first);
   for (const size_t s : {kBits, kMoreBits}) {
-    if (at_best[s] && *at_best[s] != *value[s]) wrong("reduction at its best");
+    check(!at_best[s] || *at_best[s] == *value[s], "reduction at its best");
   }
-  if (zorv_expr_max_degree(reduced) > 2) wrong("degree of a reduction");
-  return reduced;
+  check(zorv_expr_max_degree(reduced) <= 2, "degree of a reduction");
 }
 
 // An equality times any weight, a range times one above 0, with bounds and no abs or relu term.
@@ -452,13 +559,32 @@ bool expands(const Item& item) {
 }
 
 void slack() {
-  const auto open = [](Call&, const auto&...) { return plain(Poly()); };
-  Table<In<const zorv_expr*>, SmallCoeff, SmallCoeff>::each("zorv_between", checked_penalty, open);
+  Table<In<const zorv_expr*>, SmallCoeff, SmallCoeff>::each("zorv_between", checked_between, open);
   Table<In<const zorv_expr*>>::whole(
-      "zorv_expr_reduce", checked_reduction, [](Call& call, auto& e) {
+      "zorv_expr_reduce",
+      +[](const zorv_expr* e) {
+        const auto first = static_cast<uint32_t>(zorv_var_count());
+        zorv_expr* reduced = zorv_expr_reduce(e);
+        return check_reduction(e, reduced, first), reduced;
+      },
+      [](Call& call, auto& e) {
         call.legal = !e.model.e[0].declared() && !zorv_expr_has_int_atom(e.handle);
         return Thing{nullptr, {}, {plain(Poly())}};
       });
+  // Atoms count as if they were binary, and nothing is known of those.
+  Table<In<const zorv_array_expr*>>::each(
+      "zorv_array_expr_reduce",
+      +[](const zorv_array_expr* a) {
+        const auto first = static_cast<uint32_t>(zorv_var_count());
+        zorv_array_expr* reduced = zorv_array_expr_reduce(a);
+        for (uint64_t i = 0; i < zorv_array_expr_size(a); ++i) {
+          const zorv_expr* e = zorv_array_expr_ref(const_cast<zorv_array_expr*>(a), i);
+          if (zorv_expr_has_int_atom(e)) continue;
+          check_reduction(e, zorv_array_expr_ref(reduced, i), first);
+        }
+        return reduced;
+      },
+      open);
   Table<In<const zorv_expr*>>::each("zorv_expr_expand_cons", checked_expansion,
                                     [](Call& call, auto& e) {
                                       if (!e.declared())
@@ -472,7 +598,7 @@ void slack() {
 }  // namespace
 
 void add_expr_calls() {
-  terms(), building(), sums(), products(), rewriting(), questions(), integers(), constraints(),
+  variables(), terms(), building(), products(), rewriting(), questions(), integers(), constraints(),
       slack();
 }
 

@@ -110,6 +110,12 @@ inline Elem joined(const std::vector<Elem>& parts, const Poly& p, bool& legal) {
   return sum;
 }
 
+inline Elem sum_of(const std::vector<Elem>& parts, bool& legal) {
+  Poly p = number(0);
+  for (const Elem& part : parts) p = p + part.p;
+  return joined(parts, p, legal);
+}
+
 inline Elem scaled(const Elem& e, const coeff_t& c, const Poly& p, bool& legal) {
   if (!e.constrained() || (e.classic() && c <= 0)) return plain(p);
   if (c == 0) {

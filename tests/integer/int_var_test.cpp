@@ -16,42 +16,6 @@ uint32_t new_atoms(const char* name, std::vector<uint64_t> shape, const coeff_t&
 #define EXPECT_IN_FRESH_REGISTRY(check) \
   EXPECT_EXIT((zorv_var_reset(), std::exit((check) ? 0 : 1)), ::testing::ExitedWithCode(0), "")
 
-TEST(IntVar, IndicesAreConsecutiveAndNamesFollowTheShape) {
-  const uint32_t single = zorv_new_int_var("a", Wire(-2), Wire(7));
-  const uint32_t block = new_atoms("x", {2, 3}, 0, 9);
-  const uint32_t after = new_atoms("z", {}, 0, 1);
-  EXPECT_TRUE(is_atom(single));
-  EXPECT_FALSE(is_negated(single));
-  EXPECT_EQ(block, single + 1);
-  EXPECT_EQ(after, block + 6);
-  EXPECT_EQ(zorv_int_var_count(), index_of(after) + 1);
-  const struct {
-    uint32_t literal;
-    const char* name;
-  } rows[] = {
-      {single, "a"}, {block, "x[0][0]"}, {block + 2, "x[0][2]"},       {block + 5, "x[1][2]"},
-      {after, "z"},  {after + 1, "?"},   {single | kNegationBit, "?"},  // an atom is never negated
-  };
-  for (const auto& row : rows) EXPECT_STREQ(zorv_var_str(row.literal), row.name);
-}
-
-TEST(IntVar, BoundsOfEveryMemberAreThoseOfItsGroup) {
-  const coeff_t big("1267650600228229401496703205376");  // 2^100
-  const uint32_t before = new_atoms("p", {2}, -1, 1);
-  const uint32_t none = new_atoms("none", {3, 0}, 5, 6);
-  const uint32_t wide = new_atoms("q", {2}, -big, big);
-  EXPECT_EQ(none, wide);  // a group without members uses no index
-  const auto bounds = [](uint32_t literal) {
-    Wire lo, hi;
-    zorv_int_var_bounds(literal, lo.out(), hi.out());
-    return std::pair(lo.value(), hi.value());
-  };
-  for (const uint32_t i : {0, 1}) {
-    EXPECT_EQ(bounds(before + i), std::pair(coeff_t(-1), coeff_t(1)));
-    EXPECT_EQ(bounds(wide + i), std::pair(coeff_t(-big), big));
-  }
-}
-
 TEST(IntVar, NamelessCallsDrawOneGeneratedNameEach) {
   const uint32_t binary = zorv_new_var(nullptr);
   const uint32_t single = zorv_new_int_var(nullptr, Wire(0), Wire(1));

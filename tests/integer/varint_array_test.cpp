@@ -80,23 +80,5 @@ TEST(ArrayReduce, ReducesElementsInFlatOrder) {
   }
 }
 
-TEST(ArrayOfValues, ReadsAnAbsentVariableAs0AndItsComplementAs1) {
-  const uint32_t x = fresh("x"), y = fresh("y"), absent = fresh("z");
-  const Solution sol = zorv_sol_create(compiled(var(x) + var(y)));
-  zorv_sol_set(sol, y, 1);
-  const std::pair<uint32_t, int> rows[] = {{x, 0},
-                                           {y, 1},
-                                           {absent, 0},
-                                           {kIndexMask, 0},
-                                           {x | kNegationBit, 1},
-                                           {y | kNegationBit, 0},
-                                           {absent | kNegationBit, 1},
-                                           {kIndexMask | kNegationBit, 1}};
-  const Array<uint32_t> literals({2, 2, 2}, [&](uint64_t i) { return rows[i].first; });
-  const Array values = zorv_array_int_from_sol(sol, literals);
-  ASSERT_EQ(values.shape(), literals.shape());
-  for (uint64_t i = 0; i < 8; ++i) EXPECT_EQ(values[i], rows[i].second) << "at " << i;
-}
-
 }  // namespace
 }  // namespace zorv::test

@@ -32,23 +32,6 @@ class VarInt {
     Wire w;
     return zorv_varintelem_max(handle_, w.out()), w.value();
   }
-  coeff_t coeff(uint64_t i) const {
-    Wire w;
-    return zorv_varintelem_coeff(handle_, i, w.out()), w.value();
-  }
-  std::vector<int> decompose(const coeff_t& value) const {
-    const uint64_t n = zorv_varintelem_var_count(handle_);
-    std::vector<uint32_t> vars(n);
-    std::vector<CoeffWire> bits(n, CoeffWire{0, 0, nullptr});
-    EXPECT_EQ(zorv_varintelem_decompose(handle_, Wire(value), vars.data(), bits.data()), n);
-    std::vector<int> values;
-    for (uint64_t i = 0; i < n; ++i) {
-      EXPECT_EQ(vars[i], zorv_varintelem_var(handle_, i));
-      values.push_back(static_cast<int>(read_wire(&bits[i])));
-      std::free(bits[i].limbs);
-    }
-    return values;
-  }
 
  private:
   zorv_expr* handle_;
@@ -59,32 +42,6 @@ TEST(VarInt, IsItsLowerBoundPlusWeightedBits) {
   EXPECT_EQ(VarInt("m", -3, 4).str(), "-3 +m[0] +2*m[1] +4*m[2]");
   EXPECT_EQ(VarInt("b", 0, 1).str(), "b");  // a single bit bears the name itself
   EXPECT_EQ(VarInt("c", 7, 8).str(), "7 +c");
-}
-
-TEST(VarInt, RangeWithoutWidthIsAConstant) {
-  for (const int hi : {5, 4, -100}) {
-    const uint64_t before = zorv_var_count();
-    const VarInt constant("k", 5, hi);
-    EXPECT_EQ(constant.str(), "5");
-    EXPECT_EQ(constant.min(), 5);
-    EXPECT_EQ(constant.max(), hi);  // kept as given, also below the minimum
-    EXPECT_EQ(zorv_varintelem_var_count(constant), 0u);
-    EXPECT_EQ(zorv_varintelem_decompose(constant, Wire(5), nullptr, nullptr), 0u);
-    EXPECT_EQ(zorv_var_count(), before);
-  }
-}
-
-TEST(VarInt, RecordTellsBoundsBitsAndCoefficients) {
-  const VarInt n("n", -2, 8);
-  EXPECT_EQ(n.min(), -2);
-  EXPECT_EQ(n.max(), 8);
-  ASSERT_EQ(zorv_varintelem_var_count(n), 4u);
-  const int series[] = {1, 2, 4, 3};
-  for (uint64_t i = 0; i < 4; ++i) {
-    EXPECT_EQ(n.coeff(i), series[i]);
-    EXPECT_EQ(zorv_varintelem_var(n, i), zorv_varintelem_var(n, 0) + i);
-    EXPECT_EQ(zorv_var_str(zorv_varintelem_var(n, i)), "n[" + std::to_string(i) + "]");
-  }
 }
 
 TEST(VarInt, EachCreationDrawsAtMostOneGeneratedName) {
@@ -98,40 +55,6 @@ TEST(VarInt, EachCreationDrawsAtMostOneGeneratedName) {
                (generated(start + 1) + "[0]").c_str());
   EXPECT_EQ(zorv_var_str(zorv_varintelem_var(one, 0)), generated(start + 2));
   EXPECT_EQ(counter(), start + 5);
-}
-
-TEST(VarInt, TakesTheCallersCoefficientsAndLiterals) {
-  const uint32_t bits[] = {fresh("p"), fresh("q"), fresh("r")};
-  const Wire two(2), minus(-7), three(3);
-  const CoeffWire coeffs[] = {*static_cast<const CoeffWire*>(two),
-                              *static_cast<const CoeffWire*>(minus),
-                              *static_cast<const CoeffWire*>(three)};
-  const uint64_t before = zorv_var_count();
-  const VarInt v(zorv_varintelem_create_with_vars("v", Wire(10), Wire(15), coeffs, bits, 3));
-  EXPECT_EQ(zorv_var_count(), before);
-  EXPECT_EQ(v.str(), "10 +2*p -7*q +3*r");
-  EXPECT_EQ(v.coeff(1), -7);
-  EXPECT_EQ(zorv_varintelem_var(v, 2), bits[2]);
-  const VarInt empty(zorv_varintelem_create_with_vars("e", Wire(4), Wire(9), nullptr, nullptr, 0));
-  EXPECT_EQ(empty.str(), "4");
-  EXPECT_EQ(empty.max(), 9);
-}
-
-TEST(VarInt, DecomposesEveryValueOfItsRange) {
-  const VarInt five("n", 0, 5);
-  EXPECT_EQ(five.decompose(4), (std::vector<int>{0, 1, 1}));
-  EXPECT_EQ(five.decompose(100), (std::vector<int>{1, 1, 1}));  // what is left over is dropped
-  EXPECT_EQ(five.decompose(-1), (std::vector<int>{0, 0, 0}));
-  for (int width = 1; width <= 40; ++width) {
-    const int lo = -width / 2;
-    const VarInt n("n", lo, lo + width);
-    for (int value = lo; value <= lo + width; ++value) {
-      const std::vector<int> bits = n.decompose(value);
-      coeff_t sum = lo;
-      for (size_t i = 0; i < bits.size(); ++i) sum += bits[i] * n.coeff(i);
-      ASSERT_EQ(sum, value) << "width " << width;
-    }
-  }
 }
 
 TEST(VarInt, SurvivesCopiesAndSimplificationButNoArithmetic) {
@@ -161,20 +84,6 @@ TEST(VarInt, AccessorsRefuseOtherValues) {
   EXPECT_FATAL(varint_record(kMaxVarIntIndex),
                "VarInt accessor called on a value that is no longer a VarInt "
                "(e.g. after vi += 1, vi.sqr()).");
-}
-
-TEST(VarInt, ReplacedPolynomialKeepsTheRecord) {
-  const VarInt n("n", 0, 5);
-  const uint32_t attr = zorv_expr_attr(n);
-  const VarInt e(zorv_expr_create_add_var_int(fresh("x"), Wire(3)));
-  zorv_varintelem_replace_expr(n, e);
-  EXPECT_EQ(n.str(), "3 +x");
-  EXPECT_EQ(zorv_expr_attr(n), attr);
-  EXPECT_EQ(n.max(), 5);
-  EXPECT_EQ(zorv_expr_attr(e), kPlainAttr);
-  zorv_varintelem_replace_expr(n, n);
-  EXPECT_EQ(n.str(), "3 +x");
-  EXPECT_EQ(zorv_expr_attr(n), attr);
 }
 
 TEST(VarInt, SeveralThreadsMakeAndReadValuesAtOnce) {

@@ -14,22 +14,6 @@ class ModelTables : public ::testing::Test {
   const coeff_t huge = (coeff_t(1) << 200) + 1;
 };
 
-TEST_F(ModelTables, NumbersVariablesByAscendingId) {
-  const Model m = compiled(var(w) + var(x) * var(z) + 4);
-  const uint32_t later = fresh();
-  EXPECT_EQ(variables(m), (Ids{x, z, w}));
-  EXPECT_EQ(zorv_model_var_index(m, x), 0u);
-  EXPECT_EQ(zorv_model_var_index(m, z | kNegationBit), 1u);
-  EXPECT_EQ(zorv_model_var_index(m, w), 2u);
-  for (const uint32_t absent : {u, y, later, a, kNoLiteral}) {
-    EXPECT_EQ(zorv_model_has(m, absent), 0);
-    EXPECT_EQ(zorv_model_var_index(m, absent), kNoLiteral);
-  }
-  EXPECT_EQ(zorv_model_has(m, x | kNegationBit), 1);
-  EXPECT_EQ(written(zorv_model_constant, m), 4);
-  EXPECT_EQ(unwrap(m)->index_map.size(), later);
-}
-
 TEST_F(ModelTables, KeepsTermsAsTheyAreByDegree) {
   const uint32_t not_y = y | kNegationBit;
   // Degrees may fall and terms repeat, as long as the last one is the longest.
@@ -53,21 +37,6 @@ TEST_F(ModelTables, KeepsTermsAsTheyAreByDegree) {
   EXPECT_EQ(zorv_model_coeff_array(m, 0), nullptr);
 }
 
-TEST_F(ModelTables, AtomsHaveADenseNumberingOfTheirOwn) {
-  const Model m = compiled(sum_of({term(1, {b}), term(2, {a, a}), term(3, {x, b, b})}));
-  ASSERT_EQ(zorv_model_int_var_count(m), 2u);
-  EXPECT_EQ(zorv_model_int_var_orig(m, 0), a);
-  EXPECT_EQ(zorv_model_int_var_orig(m, 1), b);
-  Wire lo, hi;
-  zorv_model_int_var_bounds(m, 0, lo.out(), hi.out());
-  EXPECT_EQ(lo.value(), -1);
-  EXPECT_EQ(hi.value(), 3);
-  EXPECT_EQ(literals(m, 1), (Ids{atom_literal(1)}));
-  EXPECT_EQ(literals(m, 2), (Ids{atom_literal(0), atom_literal(0)}));
-  EXPECT_EQ(literals(m, 3), (Ids{0, atom_literal(1), atom_literal(1)}));
-  EXPECT_EQ(variables(m), (Ids{x}));
-}
-
 TEST_F(ModelTables, AConstantHasNoTables) {
   for (const ExprImpl& e : {ExprImpl(), constant(huge), sum_of({term(7, {})})}) {
     const Model m = compiled(e);
@@ -82,15 +51,6 @@ TEST_F(ModelTables, AConstantHasNoTables) {
   const Model m = zorv_model_create(marked);
   EXPECT_EQ(written(zorv_model_constant, m), 6);
   EXPECT_EQ(zorv_model_has_remainder(m), 0);
-}
-
-TEST_F(ModelTables, TheScaleChangesNothing) {
-  const ExprImpl e = huge * var(x) + 1;
-  for (const double scale : {0.0, 0.5, -3.0, 1e300}) {
-    const Model m = zorv_model_create_scaled(borrow(e), scale);
-    EXPECT_EQ(zorv_model_scale(m), 1.0);
-    EXPECT_EQ(coefficients(m, 1), (std::vector<coeff_t>{huge}));
-  }
 }
 
 TEST_F(ModelTables, OrderOfTermsAroundTheParallelThreshold) {
@@ -186,55 +146,6 @@ TEST_F(ModelTables, NativeRecordsStandLinearFirst) {
   zorv_model_native_cons_shape(m, 2, &k, &kind);
   EXPECT_EQ(k, 2u);
   EXPECT_EQ(kind, 0u);
-}
-
-TEST_F(ModelTables, PenaltyShapesAreTheShapedOnes) {
-  const struct {
-    Handle e;
-    int expected;
-  } rows[] = {{Handle(var(x)), 0},
-              {between(var(x), 0, 1), 0},
-              {zorv_abs_term(borrow(var(x)), 2), 1},
-              {zorv_relu_term(borrow(var(x)), 1), 1}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(zorv_model_has_penalty_shapes(Model(zorv_model_create(row.e))), row.expected);
-  }
-}
-
-TEST_F(ModelTables, TheRemainderIsFoldedInAndKeptApart) {
-  const uint32_t not_z = z | kNegationBit;
-  Handle e(3 * var(u) - var(x) * var(y));
-  const ExprImpl penalty = var(x) * var(y) * var(not_z) + 5 * (var(y) * var(x)) - 2;
-  zorv_expr_iadd_expr(e, Handle(zorv_cons_mark(borrow(penalty))));
-  const Model m = zorv_model_create(e);
-
-  EXPECT_EQ(zorv_model_has_remainder(m), 1);
-  Wire offset;
-  uint64_t n = 0;
-  zorv_model_remainder_info(m, offset.out(), &n);
-  EXPECT_EQ(offset.value(), -2);
-  ASSERT_EQ(n, 2u);
-  const uint64_t* head = zorv_model_remainder_head(m);
-  EXPECT_EQ(std::vector<uint64_t>(head, head + 3), (std::vector<uint64_t>{0, 2, 5}));
-  const uint32_t* vars = zorv_model_remainder_vars(m);
-  EXPECT_EQ(Ids(vars, vars + 5), (Ids{1, 2, 1, 2, 3 | kNegationBit}));
-  const coeff_t* coeffs = unwrap(zorv_model_remainder_coeffs(m));
-  EXPECT_EQ(std::vector<coeff_t>(coeffs, coeffs + 2), (std::vector<coeff_t>{5, 1}));
-
-  EXPECT_EQ(written(zorv_model_constant, m), -2);
-  EXPECT_EQ(coefficients(m, 2), (std::vector<coeff_t>{4}));
-
-  const Model without = compiled(var(x));
-  EXPECT_EQ(zorv_model_has_remainder(without), 0);
-  zorv_model_remainder_info(without, offset.out(), &n);
-  EXPECT_EQ(n, 0u);
-}
-
-TEST_F(ModelTables, AConstraintAloneStillNumbersItsVariables) {
-  const Model m = zorv_model_create(between(var(z), 0, 0));
-  EXPECT_EQ(zorv_model_max_degree(m), 0u);
-  EXPECT_EQ(variables(m), (Ids{z}));
-  EXPECT_EQ(written(zorv_model_constant, m), 0);
 }
 
 TEST_F(ModelTables, LaterChangesDoNotReachAModel) {
