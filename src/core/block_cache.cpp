@@ -65,12 +65,12 @@ struct KeptBlocks {
 };
 static_assert(std::is_trivially_destructible_v<KeptBlocks>);
 
-// Tells the kernel that nobody needs what the block's whole pages hold.
-void offer_pages(const Block& block) {
-  const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+// Advises the kernel about the whole pages of a block. With huge pages, a fault clears 2 MiB
+// instead of 4 KiB.
+void advise(const Block& block, uint64_t page, int advice) {
   const uintptr_t begin = (reinterpret_cast<uintptr_t>(block.data) + page - 1) & ~(page - 1);
   const uintptr_t end = (reinterpret_cast<uintptr_t>(block.data) + block.bytes) & ~(page - 1);
-  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_FREE);
+  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, advice);
 }
 
 Block find_kept(uint64_t bytes) {
@@ -90,16 +90,18 @@ Block acquire_block(uint64_t bytes) {
   const Block kept = find_kept(bytes);
   if (kept.data != nullptr) return kept;
   if (bytes > kMaxBytes - kHugePageBytes) throw std::bad_alloc();
-  // A page fault then clears 2 MiB instead of 4 KiB.
   void* const fresh = std::aligned_alloc(kHugePageBytes, bytes + (-bytes & (kHugePageBytes - 1)));
   if (fresh == nullptr) throw std::bad_alloc();
-  madvise(fresh, bytes & ~(kHugePageBytes - 1), MADV_HUGEPAGE);
+  advise({fresh, bytes}, kHugePageBytes, MADV_HUGEPAGE);
   return {fresh, bytes};
 }
 
 Block resize_block(Block block, uint64_t bytes) {
   void* resized = std::realloc(block.data, bytes);
   if (resized == nullptr) throw std::bad_alloc();
+  if (bytes >= kLargeBlockBytes && bytes > block.bytes) {
+    advise({resized, bytes}, kHugePageBytes, MADV_HUGEPAGE);
+  }
   return {resized, bytes};
 }
 
@@ -107,7 +109,8 @@ void release_block(Block block) {
   if (block.bytes < kLargeBlockBytes || block.bytes > most_kept_bytes()) {
     return std::free(block.data);
   }
-  offer_pages(block);
+  // Nobody needs what it holds.
+  advise(block, static_cast<uint64_t>(sysconf(_SC_PAGESIZE)), MADV_FREE);
   KeptBlocks& kept = KeptBlocks::instance();
   std::array<Block, kMaxKeptBlocks> dropped;
   size_t drops = 0;

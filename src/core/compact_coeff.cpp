@@ -4,14 +4,14 @@ namespace zorv {
 
 namespace {
 
-// Stores the value in a word if it is small, and tells whether it is.
+// Stores the word of the value if it is small, and tells whether it is.
 bool fits_in(int64_t& word, const coeff_t& value) {
   const auto& magnitude = value.backend();
   if (magnitude.size() != 1) return false;
   const uint64_t limb = *magnitude.limbs();
   const bool is_negative = magnitude.sign();
   if (limb > static_cast<uint64_t>(CompactCoeff::kMostSmall) + (is_negative ? 1 : 0)) return false;
-  word = is_negative ? -static_cast<int64_t>(limb) : static_cast<int64_t>(limb);
+  word = 2 * (is_negative ? -static_cast<int64_t>(limb) : static_cast<int64_t>(limb));
   return true;
 }
 
@@ -30,24 +30,15 @@ void CompactCoeff::release() {
   if (block()->users.fetch_sub(1, std::memory_order_acq_rel) == 1) delete block();
 }
 
-coeff_t CompactCoeff::take() {
-  const CompactCoeff taken = std::move(*this);
-  if (taken.is_small()) return taken.small();
-  const bool is_shared = taken.block()->users.load(std::memory_order_acquire) != 1;
-  return is_shared ? taken.large() : std::move(taken.block()->value);
-}
-
 void CompactCoeff::add_large(const CompactCoeff& other) {
-  const CompactCoeff summand = other;  // `other` may be this one
-  coeff_t sum = take();
-  sum += summand;
+  coeff_t sum(*this);
+  sum += other;
   *this = CompactCoeff(std::move(sum));
 }
 
 void CompactCoeff::subtract_large(const CompactCoeff& other) {
-  const CompactCoeff subtrahend = other;
-  coeff_t difference = take();
-  difference -= subtrahend;
+  coeff_t difference(*this);
+  difference -= other;
   *this = CompactCoeff(std::move(difference));
 }
 

@@ -1,10 +1,11 @@
 // CompactCoeff: an exact, unbounded integer in one word, the coefficient of a term.
 //
 // Invariants
-//   1. A value from -2^62 to 2^62 - 1 is the word itself, and has no other form.
-//   2. Any other value stands in a block on the heap; the word is the block's address plus 2^62,
-//      which is no small value. Copies share the block and count its users; a value that is
-//      changed in place gets a block of its own first. So a copy never allocates.
+//   1. A value from -2^62 to 2^62 - 1 is small: the word is twice the value, and there is no other
+//      form of it.
+//   2. Any other value stands in a block on the heap; the word is the block's address plus 1, an
+//      odd number, in which tools that look for lost memory still see the block. Copies share it
+//      and count its users, and nobody changes it. So a copy never allocates.
 //   3. Nothing points into the word: its bytes may be moved like those of any number.
 #pragma once
 
@@ -44,12 +45,12 @@ class CompactCoeff {
     if (!is_small()) release();
   }
 
-  bool is_small() const { return is_small(word_); }
+  bool is_small() const { return (word_ & 1) == 0; }
   // Of a small one.
-  int64_t small() const { return word_; }
+  int64_t small() const { return word_ >> 1; }
   // Of one that is not small.
   const coeff_t& large() const { return block()->value; }
-  explicit operator coeff_t() const { return is_small() ? coeff_t(word_) : large(); }
+  explicit operator coeff_t() const { return is_small() ? coeff_t(small()) : large(); }
 
   CompactCoeff& operator+=(const CompactCoeff& other);
   CompactCoeff& operator-=(const CompactCoeff& other);
@@ -75,18 +76,17 @@ class CompactCoeff {
 
  private:
   struct Block {
-    coeff_t value;
+    const coeff_t value;
     std::atomic<uint64_t> users{1};
   };
-  static constexpr int64_t kBlockMark = int64_t{1} << 62;
 
-  static constexpr bool is_small(int64_t word) { return kLeastSmall <= word && word <= kMostSmall; }
-  Block* block() const { return reinterpret_cast<Block*>(word_ - kBlockMark); }
-  void hold(Block* made) { word_ = reinterpret_cast<int64_t>(made) + kBlockMark; }
+  static bool are_small(const CompactCoeff& a, const CompactCoeff& b) {
+    return ((a.word_ | b.word_) & 1) == 0;
+  }
+  Block* block() const { return reinterpret_cast<Block*>(word_ - 1); }
+  void hold(Block* made) { word_ = reinterpret_cast<int64_t>(made) + 1; }
   void share() const { block()->users.fetch_add(1, std::memory_order_relaxed); }
   void release();
-  // The value, moved if nobody else uses it. What is left is 0.
-  coeff_t take();
   void add_large(const CompactCoeff& other);
   void subtract_large(const CompactCoeff& other);
   static CompactCoeff multiply_large(const CompactCoeff& a, const CompactCoeff& b);
@@ -100,21 +100,21 @@ template <std::integral T>
 CompactCoeff::CompactCoeff(T value) {
   bool fits;
   if constexpr (std::signed_integral<T>) {
-    fits = is_small(int64_t{value});
+    fits = kLeastSmall <= int64_t{value} && int64_t{value} <= kMostSmall;
   } else {
     fits = uint64_t{value} <= static_cast<uint64_t>(kMostSmall);
   }
   if (fits) {
-    word_ = static_cast<int64_t>(value);
+    word_ = 2 * static_cast<int64_t>(value);
   } else {
     *this = CompactCoeff(coeff_t(value));
   }
 }
 
 inline CompactCoeff& CompactCoeff::operator+=(const CompactCoeff& other) {
-  // Two small values add up to one that fits in 64 bits.
-  if (is_small() && other.is_small() && is_small(word_ + other.word_)) {
-    word_ += other.word_;
+  int64_t sum;
+  if (are_small(*this, other) && !__builtin_add_overflow(word_, other.word_, &sum)) {
+    word_ = sum;
   } else {
     add_large(other);
   }
@@ -122,8 +122,9 @@ inline CompactCoeff& CompactCoeff::operator+=(const CompactCoeff& other) {
 }
 
 inline CompactCoeff& CompactCoeff::operator-=(const CompactCoeff& other) {
-  if (is_small() && other.is_small() && is_small(word_ - other.word_)) {
-    word_ -= other.word_;
+  int64_t difference;
+  if (are_small(*this, other) && !__builtin_sub_overflow(word_, other.word_, &difference)) {
+    word_ = difference;
   } else {
     subtract_large(other);
   }
@@ -131,16 +132,17 @@ inline CompactCoeff& CompactCoeff::operator-=(const CompactCoeff& other) {
 }
 
 inline CompactCoeff operator*(const CompactCoeff& a, const CompactCoeff& b) {
-  int64_t product;
-  if (a.is_small() && b.is_small() && !__builtin_mul_overflow(a.word_, b.word_, &product) &&
-      CompactCoeff::is_small(product)) {
+  int64_t twice;
+  if (CompactCoeff::are_small(a, b) && !__builtin_mul_overflow(a.small(), b.word_, &twice)) {
+    CompactCoeff product;
+    product.word_ = twice;
     return product;
   }
   return CompactCoeff::multiply_large(a, b);
 }
 
 inline void CompactCoeff::negate() {
-  if (is_small() && word_ != kLeastSmall) {
+  if (is_small() && word_ != INT64_MIN) {
     word_ = -word_;
   } else {
     *this = 0 - *this;

@@ -122,6 +122,12 @@ inline uint64_t packed_key(const NormalTerm& term, const ClassSlots& slots) {
   return packed;
 }
 
+// The same for the head of two literals.
+inline uint64_t packed_pair(uint64_t head, const ClassSlots& slots) {
+  const uint64_t low = static_cast<uint32_t>(head) >> slots.key_shift;
+  return head >> 32 >> slots.key_shift << slots.key_bits | low;
+}
+
 inline void add_signed(CompactCoeff& sum, const CompactCoeff& c, bool is_negated) {
   if (is_negated) {
     sum -= c;
@@ -222,13 +228,19 @@ void fill_runs(const TermView& source, uint64_t begin, uint64_t end, Rule rule, 
   Cursor& pairs = cursors[2];
   NormalTerm normal;
   for (uint64_t i = begin; i < end; ++i) {
-    if (pairs.sum != nullptr && i > 0 && !classes[2].is_packed()) {
+    if (pairs.sum != nullptr && i > 0) {
       const TermImpl* const from = source.run_from(i);
       TermImpl* const first_slot = to.slot(pairs.next);
       TermImpl* slot = first_slot;
       i += static_cast<uint64_t>(
           for_settled_pairs(from, from + (end - i), Rule::kChanging, pairs.last.head,
-                            [&](const TermImpl& term, uint64_t) { new (slot++) TermImpl(term); }) -
+                            [&](const TermImpl& term, uint64_t head) {
+                              if (classes[2].is_packed()) {
+                                new (slot++) PackedTerm{term.coeff, packed_pair(head, classes[2])};
+                              } else {
+                                new (slot++) TermImpl(term);
+                              }
+                            }) -
           from);
       if (slot != first_slot) {
         pairs.next += static_cast<uint64_t>(slot - first_slot);

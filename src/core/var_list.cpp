@@ -43,11 +43,11 @@ uint32_t run_length(const uint32_t* run) {
 VarList& VarList::operator=(VarList&& other) noexcept {
   if (this == &other) return *this;
   if (is_block()) free_block();
-  word_ = std::exchange(other.word_, kEmpty);
+  stored_ = std::exchange(other.stored_, flip(kEmpty));
   return *this;
 }
 
-void VarList::free_block() { std::free(block(word_)); }
+void VarList::free_block() { std::free(block(word())); }
 
 uint64_t VarList::block_of_pair(uint64_t head_pair) {
   const uint32_t literals[] = {static_cast<uint32_t>(head_pair),
@@ -84,13 +84,14 @@ const uint32_t* VarList::overflow_of_packed() const {
   const uint32_t n = degree();
   for (uint32_t i = 0; i < n; ++i) literals[i] = (*this)[i];
   uint32_t* const made = new_block(literals, n);
-  uint64_t before = word();
-  if (!is_block(before) && std::atomic_ref<uint64_t>(word_).compare_exchange_strong(
-                               before, reinterpret_cast<uintptr_t>(made) | kBlock << 48)) {
+  uint64_t before = flip(word());
+  const uint64_t block_word = reinterpret_cast<uintptr_t>(made) | kBlock << 48;
+  if (!is_block(flip(before)) &&
+      std::atomic_ref<uint64_t>(stored_).compare_exchange_strong(before, flip(block_word))) {
     return made + 3;
   }
   std::free(made);  // another thread was faster
-  return block(before) + 3;
+  return block(flip(before)) + 3;
 }
 
 bool VarList::has_same_literals(const VarList& other) const {
@@ -105,17 +106,17 @@ bool VarList::has_same_literals(const VarList& other) const {
 uint32_t* VarList::grow(uint32_t degree) {
   assert(degree > kMostPacked);
   if (is_block()) {
-    uint32_t* grown = block(word_);
+    uint32_t* grown = block(word());
     if (room_for(*grown) != room_for(degree)) grown = resize_block(grown, degree);
     grown[0] = degree;
     grown[1 + degree] = kNoLiteral;
-    word_ = reinterpret_cast<uintptr_t>(grown) | kBlock << 48;
+    set(reinterpret_cast<uintptr_t>(grown) | kBlock << 48);
   } else {
     uint32_t* const made = resize_block(nullptr, degree);
     for (uint32_t i = 0, n = this->degree(); i < n; ++i) made[1 + i] = (*this)[i];
-    word_ = reinterpret_cast<uintptr_t>(made) | kBlock << 48;
+    set(reinterpret_cast<uintptr_t>(made) | kBlock << 48);
   }
-  return block(word_) + 1;
+  return block(word()) + 1;
 }
 
 VarList VarList::copy_of(uint64_t head_pair, const uint32_t* overflow) {

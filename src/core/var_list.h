@@ -4,9 +4,11 @@
 //   the head pair   up to two literals, the first in the low half; kNoLiteral fills what is empty
 //   packed keys     three or four literals whose sort keys have at most 16 or 12 bits each, as have
 //                   the first 32,768 or 2,048 variables; the first in the lowest bits
-//   a block         of malloc, for all others: the degree, the literals, and kNoLiteral behind
-//   them;
+//   a block         of malloc, for all others: the degree, the literals, and kNoLiteral behind;
 //                   the rest of the word is its address
+//
+// It is stored with the mark of a block flipped: a block's address then stands there as it is, and
+// tools that look for lost memory see it.
 //
 // The literals stand in the order of creation; only a simplification sorts them. Callers hand over
 // literals unchecked: a head pair whose second literal has the bits of a mark goes to a block.
@@ -27,17 +29,17 @@ namespace zorv {
 class VarList {
  public:
   VarList() = default;
-  explicit VarList(uint32_t literal) : word_(pair(literal, kNoLiteral)) {}
+  explicit VarList(uint32_t literal) : stored_(flip(pair(literal, kNoLiteral))) {}
   // `a` may be kNoLiteral; `b` then goes to the first slot.
   VarList(uint32_t a, uint32_t b) : VarList(a == kNoLiteral ? pair(b, a) : pair(a, b)) {}
   VarList(const uint32_t* literals, uint32_t n)
-      : word_(n > 2 ? long_word(literals, n)
-                    : pair_word(pair(n > 0 ? literals[0] : kNoLiteral,
-                                     n > 1 ? literals[1] : kNoLiteral))) {}
-  VarList(const VarList& other) : word_(other.word()) {
-    if (is_block()) word_ = other.copied_block();
+      : stored_(flip(n > 2 ? long_word(literals, n)
+                           : pair_word(pair(n > 0 ? literals[0] : kNoLiteral,
+                                            n > 1 ? literals[1] : kNoLiteral)))) {}
+  VarList(const VarList& other) : stored_(flip(other.word())) {
+    if (is_block()) set(other.copied_block());
   }
-  VarList(VarList&& other) noexcept : word_(std::exchange(other.word_, kEmpty)) {}
+  VarList(VarList&& other) noexcept : stored_(std::exchange(other.stored_, flip(kEmpty))) {}
   VarList& operator=(const VarList& other) { return *this = VarList(other); }
   VarList& operator=(VarList&& other) noexcept;
   ~VarList() {
@@ -62,7 +64,9 @@ class VarList {
   uint32_t operator[](uint32_t i) const;
   // The head pair of up to two literals; anything else has the highest bit set, as has a pair
   // whose second literal is negated or missing.
-  uint64_t word() const { return std::atomic_ref<uint64_t>(word_).load(std::memory_order_acquire); }
+  uint64_t word() const {
+    return flip(std::atomic_ref<uint64_t>(stored_).load(std::memory_order_acquire));
+  }
   uint64_t head_pair() const;
   // The literals from the third on, closed by kNoLiteral; null if there are none.
   const uint32_t* overflow() const;
@@ -88,10 +92,13 @@ class VarList {
   static constexpr uint32_t kMostPacked = 4;
 
   static uint64_t pair(uint32_t a, uint32_t b) { return a | uint64_t{b} << 32; }
+  // Between a word and what is stored of it.
+  static constexpr uint64_t flip(uint64_t word) { return word ^ kBlock << 48; }
+  void set(uint64_t word) { stored_ = flip(word); }
   // A block or packed keys.
   static bool is_marked(uint64_t word) { return (word >> 48) - kBlock <= kMostPacked; }
   static bool is_block(uint64_t word) { return word >> 48 == kBlock; }
-  bool is_block() const { return is_block(word_); }
+  bool is_block() const { return is_block(flip(stored_)); }
   static bool is_single(uint64_t word) {
     return word >> 32 == kNoLiteral && static_cast<uint32_t>(word) != kNoLiteral;
   }
@@ -101,7 +108,7 @@ class VarList {
   }
 
   // As it stands.
-  explicit VarList(uint64_t head_pair) : word_(pair_word(head_pair)) {}
+  explicit VarList(uint64_t head_pair) : stored_(flip(pair_word(head_pair))) {}
   static uint64_t pair_word(uint64_t head_pair) {
     return is_marked(head_pair) ? block_of_pair(head_pair) : head_pair;
   }
@@ -115,7 +122,7 @@ class VarList {
   // Makes this a list of more literals in a block, the first ones as they are; returns them.
   uint32_t* grow(uint32_t degree);
 
-  mutable uint64_t word_ = kEmpty;
+  mutable uint64_t stored_ = flip(kEmpty);
 };
 
 static_assert(sizeof(VarList) == 8);
