@@ -278,7 +278,7 @@ TEST(IntSearch, RepeatsItselfOnOneThread) {
   for (const char* key : {"rounds", "proposals"}) EXPECT_EQ(info(one, key), info(two, key));
 }
 
-// So many that the annealing fetches ahead what its moves will read: every kind of list, and none.
+// Large enough for the annealing to fetch ahead: variables with every kind of list, and with none.
 TEST(IntSearch, AnnealsTensOfThousandsOfVariables) {
   ModelImpl model(ExprImpl{}, 1.0, nullptr);
   for (uint32_t i = 0; i < 20'000; ++i) {
