@@ -9,7 +9,7 @@ namespace {
 // Sorts the literals and changes nothing else.
 class PlainRule {
  public:
-  static constexpr uint32_t kChanging = kNegationBit;  // which only its sort key is about
+  static constexpr uint32_t kChanging = kNegationBit;  // such a literal sorts by another key
 
   bool operator()(const TermImpl& term, NormalTerm& normal, SideEffects*) {
     switch (term.vars.degree()) {
